@@ -1,0 +1,52 @@
+// What a recogniser has learned: gestures and samples, feature settings, the network's weights,
+// the per-gesture statistics and the figures of the last training.
+#ifndef ZANDO_MODEL_GESTURE_MODEL_H
+#define ZANDO_MODEL_GESTURE_MODEL_H
+
+#include <limits>
+#include <vector>
+
+#include <Eigen/Core>
+
+#include "features/model_parameters.h"
+#include "model/gesture.h"
+#include "zando/zando.h"
+
+namespace zando {
+
+using Matrix = Eigen::MatrixXd;
+
+// Progress of the file reader or writer, in percent, with the context it was installed with.
+typedef void (*ProgressHook)(int percent, void* context);
+
+struct GestureModel {
+  IGestureRecognition::Metadata* metadata = nullptr;  // of the whole set; the host's
+  ModelParameters parameters;
+  double trainingCost = std::numeric_limits<double>::max();
+  double validationCost = std::numeric_limits<double>::max();
+  double recognitionScore = 0.0;
+  std::vector<Matrix> weights;       // W[0] .. W[L-1]; row 0 holds the biases
+  std::vector<Matrix> layerBuffers;  // A[0] .. A[L], one row, mutable even while identifying
+  std::vector<std::vector<double>> gestureMeans;
+  std::vector<std::vector<double>> gestureDeviations;  // variances, despite the name
+  std::vector<Gesture*> gestures;                      // owned
+  bool networkInvalid = true;  // set: identify by comparison with stored samples
+  ProgressHook writeProgress = nullptr;
+  void* writeProgressContext = nullptr;
+  ProgressHook readProgress = nullptr;
+  void* readProgressContext = nullptr;
+  // Gestures taken off the list by deleteGesture while a background job might still hold them;
+  // they are freed with the model.
+  std::vector<Gesture*> detachedGestures;
+
+  GestureModel() = default;
+  GestureModel(const GestureModel&) = delete;
+  GestureModel& operator=(const GestureModel&) = delete;
+  ~GestureModel();
+
+  int gestureCount() const { return static_cast<int>(gestures.size()); }
+};
+
+}  // namespace zando
+
+#endif  // ZANDO_MODEL_GESTURE_MODEL_H
