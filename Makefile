@@ -1,9 +1,10 @@
 # The two commands of the README: `make test` and `make demo`. Both install missing Debian
 # packages first (with apt-get, when run as root), then configure a Release build and build it.
+# (The libzip CMake package refers to its three command-line tools, so they are needed too.)
 
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
-PACKAGES := cmake make g++ pkg-config libeigen3-dev libzip-dev libgtest-dev libbenchmark-dev
+PACKAGES := cmake make g++ pkg-config libeigen3-dev libzip-dev zipcmp zipmerge ziptool libgtest-dev libbenchmark-dev
 
 .PHONY: all deps configure build test demo bench clean
 
