@@ -158,14 +158,16 @@ TEST_F(StrokeCaptureTest, EndOfStrokeRefusalsEndTheStrokeAnyway) {
   r->trainingState = kJobIdle;
   EXPECT_EQ(r->endStroke(nullptr, nullptr, nullptr, nullptr, nullptr), ReturnCode_NoStrokeStarted);
 
-  // With nothing to choose from, identification answers -9 and still writes the outputs.
+  // With nothing to choose from, identification answers -9 and still writes the outputs: the
+  // stroke's centre in world space and a unit direction.
   ASSERT_EQ(r->startStroke(kHeadP, kHeadQ, -1), 0);
   addPoints(4);
   double pos[3] = {9, 9, 9};
   double dir0[3] = {9, 9, 9};
   EXPECT_EQ(r->endStroke(pos, nullptr, dir0, nullptr, nullptr), ReturnCode_NoGestures);
-  EXPECT_EQ(pos[0], 0.0);
-  EXPECT_EQ(dir0[2], 0.0);
+  EXPECT_NEAR(pos[0], 0.015, 1e-12);
+  EXPECT_NEAR(pos[1], 1.5, 1e-12);
+  EXPECT_NEAR(dir0[0] * dir0[0] + dir0[1] * dir0[1] + dir0[2] * dir0[2], 1.0, 1e-12);
 }
 
 TEST_F(StrokeCaptureTest, SimilarityAndProbabilityFormsCheckTheirPointers) {

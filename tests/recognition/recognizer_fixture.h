@@ -1,0 +1,49 @@
+// Shared helpers for tests that drive a whole recogniser: synthetic performances of a few
+// clearly different shapes, recorded or identified through the stroke cycle.
+#ifndef ZANDO_TESTS_RECOGNITION_RECOGNIZER_FIXTURE_H
+#define ZANDO_TESTS_RECOGNITION_RECOGNIZER_FIXTURE_H
+
+#include <cmath>
+#include <random>
+
+#include "recognition/gesture_recognition.h"
+
+namespace zando {
+namespace testing_support {
+
+constexpr double kPi = 3.14159265358979323846;
+
+// One performance of shape 0 (circle), 1 (horizontal swipe), 2 (vertical zigzag) or 3 (a "V"),
+// with variation in size, position and noise from the generator.
+inline void performShape(IGestureRecognition& r, int shape, int recordAs, std::mt19937& rng, int points = 60) {
+  std::uniform_real_distribution<double> jitter(-1.0, 1.0);
+  const double size = 0.25 * (1.0 + 0.15 * jitter(rng));
+  const double cx = 0.05 * jitter(rng), cy = 1.4 + 0.05 * jitter(rng), cz = 0.45 + 0.05 * jitter(rng);
+  const double head[3] = {0.0, 1.7, 0.0};
+  const double facing[4] = {0.0, 0.0, 0.0, 1.0};
+  r.startStroke(head, facing, recordAs);
+  for (int i = 0; i < points; ++i) {
+    const double t = static_cast<double>(i) / (points - 1);
+    double x = 0, y = 0;
+    switch (shape) {
+      case 0: x = std::cos(2 * kPi * t); y = std::sin(2 * kPi * t); break;
+      case 1: x = -1 + 2 * t; y = 0.1 * std::sin(kPi * t); break;
+      case 2: x = 0.3 * std::sin(6 * kPi * t); y = 1 - 2 * t; break;
+      default: x = -1 + 2 * t; y = std::fabs(x) * 1.5 - 0.75; break;
+    }
+    const double p[3] = {cx + size * x + 0.003 * jitter(rng), cy + size * y + 0.003 * jitter(rng),
+                         cz + 0.003 * jitter(rng)};
+    const double q[4] = {0.0, 0.0, 0.0, 1.0};
+    r.contdStrokeQ(p, q);
+  }
+}
+
+inline int recordShape(IGestureRecognition& r, int shape, int gesture, std::mt19937& rng) {
+  performShape(r, shape, gesture, rng);
+  return r.endStroke(nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
+}  // namespace testing_support
+}  // namespace zando
+
+#endif  // ZANDO_TESTS_RECOGNITION_RECOGNIZER_FIXTURE_H
