@@ -31,10 +31,10 @@ struct GestureModel {
   std::vector<std::vector<double>> gestureDeviations;  // variances, despite the name
   std::vector<Gesture*> gestures;                      // owned
   bool networkInvalid = true;  // set: identify by comparison with stored samples
-  ProgressHook writeProgress = nullptr;
-  void* writeProgressContext = nullptr;
-  ProgressHook readProgress = nullptr;
-  void* readProgressContext = nullptr;
+  ProgressHook saveProgress = nullptr;
+  void* saveProgressContext = nullptr;
+  ProgressHook loadProgress = nullptr;
+  void* loadProgressContext = nullptr;
   // Gestures taken off the list by deleteGesture while a background job might still hold them;
   // they are freed with the model.
   std::vector<Gesture*> detachedGestures;
