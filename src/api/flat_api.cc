@@ -1,8 +1,6 @@
 // The flat face. Each function casts the handle and forwards to the operation of the same name;
 // the only additions are the conversions of bool to int and back, and a barrier that keeps C++
 // exceptions from crossing into a host: an int result becomes -14, a pointer null, a count 0.
-#include <cstdlib>
-#include <cstring>
 #include <new>
 
 #include "zando/zando.h"
@@ -494,36 +492,13 @@ void GestureRecognition_deleteDefaultMetadata(void* metadata) {
   if (metadata != nullptr) delete asDefault(metadata);
 }
 int GestureRecognition_getDefaultMetadataData(void* metadata, void* buffer, int buffer_size) {
-  DefaultMetadata* m = asDefault(metadata);
-  if (m == nullptr || buffer == nullptr || m->data == nullptr || m->size == 0) return 0;
-  const int copied = m->size < buffer_size ? m->size : buffer_size;
-  if (copied <= 0) return 0;
-  std::memcpy(buffer, m->data, static_cast<size_t>(copied));
-  return copied;
+  return metadata == nullptr ? 0 : asDefault(metadata)->copyData(buffer, buffer_size);
 }
 int GestureRecognition_getDefaultMetadataSize(void* metadata) {
   return metadata == nullptr ? 0 : asDefault(metadata)->size;
 }
 int GestureRecognition_setDefaultMetadataData(void* metadata, const void* data, int size) {
-  DefaultMetadata* m = asDefault(metadata);
-  if (m == nullptr) return ReturnCode_InvalidParameter;
-  if (data == nullptr || size <= 0) {
-    std::free(m->data);
-    m->data = nullptr;
-    m->size = 0;
-    return ReturnCode_Success;
-  }
-  if (size != m->size) {
-    std::free(m->data);
-    m->data = std::malloc(static_cast<size_t>(size));
-    if (m->data == nullptr) {
-      m->size = 0;
-      return ReturnCode_ResourceError;
-    }
-  }
-  m->size = size;
-  std::memcpy(m->data, data, static_cast<size_t>(size));
-  return ReturnCode_Success;
+  return metadata == nullptr ? ReturnCode_InvalidParameter : asDefault(metadata)->setData(data, size);
 }
 
 }  // extern "C"

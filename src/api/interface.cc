@@ -132,3 +132,32 @@ bool IGestureRecognition::DefaultMetadata::readFromStream(std::istream& stream) 
   }
   return true;
 }
+
+int IGestureRecognition::DefaultMetadata::copyData(void* buffer, int capacity) const {
+  if (data == nullptr || size == 0 || buffer == nullptr) return 0;
+  const int copied = std::min(size, capacity);
+  if (copied <= 0) return 0;
+  std::memcpy(buffer, data, static_cast<size_t>(copied));
+  return copied;
+}
+
+int IGestureRecognition::DefaultMetadata::setData(const void* bytes, int byteCount) {
+  if (bytes == nullptr || byteCount <= 0) {
+    std::free(data);
+    data = nullptr;
+    size = 0;
+    return ReturnCode_Success;
+  }
+  // A block of the same size is reused.
+  if (byteCount != size) {
+    std::free(data);
+    data = std::malloc(static_cast<size_t>(byteCount));
+    if (data == nullptr) {
+      size = 0;
+      return ReturnCode_ResourceError;
+    }
+  }
+  size = byteCount;
+  std::memcpy(data, bytes, static_cast<size_t>(byteCount));
+  return ReturnCode_Success;
+}

@@ -106,6 +106,10 @@ class ZANDO_API IGestureRecognition {
     ~DefaultMetadata() override;
     bool writeToStream(std::ostream& stream) override;
     bool readFromStream(std::istream& stream) override;
+    /* Copies up to capacity bytes into buffer; returns the number copied. */
+    int copyData(void* buffer, int capacity) const;
+    /* Replaces the bytes (null or 0 bytes empties the object); 0, or -14 without memory. */
+    int setData(const void* bytes, int byteCount);
   };
 
   typedef Metadata* (*MetadataCreatorFunction)();
