@@ -155,6 +155,8 @@ class GestureRecognition : public IGestureRecognition {
   void copyFrameToModel();
   // Takes the frame of reference back from the model after a successful load.
   void copyFrameFromModel();
+  // Replaces a raw continuous result by the winner over the recent history.
+  void smoothContdResult(int& gesture, double& similarity);
 
   // ---- State, in declaration order behind the interface members ----
   bool strokeStarted = false;
@@ -192,6 +194,10 @@ class GestureRecognition : public IGestureRecognition {
   int finishStroke(EndKind kind, double* similarity, double* probabilities, double* similarities, int* count,
                    double pos[3], double* scale, double dir0[3], double dir1[3], double dir2[3]);
   int appendHandPoint(const StrokePoint& point);
+  // Cuts the running stroke to the time window ending now and marks it continuous; -7 when fewer
+  // than two points remain. The time of the cut goes to *now if asked.
+  int contdWindow(const double headPosition[3], const double headRotation[4], int64_t* now);
+
   int beginStroke(const StrokePoint& head, int gestureId);
   void waitForWorkers();
 };

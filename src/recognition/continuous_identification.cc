@@ -1,0 +1,218 @@
+// Identification and recording over a sliding time window of a running stroke. The stroke stays
+// open and keeps growing; each call cuts it to the window, reads it as a continuous sample and,
+// if asked, smooths the answer over the last calls.
+#include <cfloat>
+#include <cmath>
+#include <map>
+
+#include "model/identification.h"
+#include "recognition/gesture_recognition.h"
+
+namespace zando {
+
+namespace {
+
+bool finitePose(const double position[3], const double rotation[4]) {
+  for (int i = 0; i < 3; ++i) {
+    if (!std::isfinite(position[i])) return false;
+  }
+  for (int i = 0; i < 4; ++i) {
+    if (!std::isfinite(rotation[i])) return false;
+  }
+  return true;
+}
+
+void copyOut(double* target, const double* source) {
+  if (target != nullptr) {
+    target[0] = source[0];
+    target[1] = source[1];
+    target[2] = source[2];
+  }
+}
+
+}  // namespace
+
+int GestureRecognition::contdWindow(const double headPosition[3], const double headRotation[4], int64_t* now) {
+  currentStroke.headLatest = StrokePoint(headPosition, headRotation);
+  if (now != nullptr) *now = nowMilliseconds();
+  pruneStroke(-1, contdIdentificationPeriod);
+  // The window is read against the head pose of its own first point.
+  if (!currentStroke.headPoints.empty()) currentStroke.headStart = currentStroke.headPoints.front();
+  if (currentStroke.handPoints.size() < 2) return ReturnCode_StrokeTooShort;
+  currentStroke.sampleType = SampleType_Continuous;
+  return ReturnCode_Success;
+}
+
+void GestureRecognition::smoothContdResult(int& gesture, double& similarity) {
+  if (contdIdentificationSmoothing == 0) return;
+  const size_t keep = static_cast<unsigned>(contdIdentificationSmoothing);
+  if (contdHistory.size() > keep) contdHistory.erase(contdHistory.begin(), contdHistory.end() - static_cast<std::ptrdiff_t>(keep));
+  contdHistory.emplace_back(gesture, similarity);
+  // A gesture wins by its summed similarity, not by its count of votes; a tie goes to the lowest id.
+  std::map<int, double> sums;
+  for (const auto& entry : contdHistory) {
+    if (entry.first >= 0) sums[entry.first] += entry.second;
+  }
+  gesture = -1;
+  similarity = -1.0;
+  for (const auto& sum : sums) {
+    if (sum.second > similarity) {
+      gesture = sum.first;
+      similarity = sum.second;
+    }
+  }
+  // Agreement counts for the winner, everything else against it, so a disputed window reports
+  // a low or negative similarity.
+  double balance = 0.0;
+  for (const auto& entry : contdHistory) balance += entry.first == gesture ? entry.second : -entry.second;
+  similarity = balance / static_cast<double>(contdHistory.size());
+}
+
+int GestureRecognition::contdIdentifyAndGetStroke(const double headPosition[3], const double headRotation[4],
+                                                  double* similarity, double pos[3], double* scale, double dir0[3],
+                                                  double dir1[3], double dir2[3]) {
+  if (!strokeStarted) return ReturnCode_NoStrokeStarted;
+  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (isLoading()) return ReturnCode_LoadingInProgress;
+  if (headPosition == nullptr || headRotation == nullptr) return ReturnCode_InvalidParameter;
+  if (!finitePose(headPosition, headRotation)) return ReturnCode_InvalidParameter;
+  int64_t now = 0;
+  const int window = contdWindow(headPosition, headRotation, &now);
+  if (window < 0) return window;
+
+  if (recordingGestureId >= 0) {
+    if (isSaving()) return ReturnCode_SavingInProgress;
+    // Once the window is 90% full, every tenth call stores it as a sample.
+    const double period = static_cast<double>(static_cast<unsigned>(contdIdentificationPeriod));
+    const double age = static_cast<double>(now - currentStroke.handPoints.front().timestamp);
+    if (period * 0.9 < age && --contdRecordCountdown <= 0) {
+      storeCurrentStrokeAsSample();
+      contdRecordCountdown = 10;
+    }
+    return recordingGestureId;
+  }
+
+  double position[4] = {0, 0, 0, 1};
+  double axes[3][4] = {{0, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}};
+  double strokeScale = 0.0;
+  double localSimilarity = -1.0;
+  double* result = similarity != nullptr ? similarity : &localSimilarity;
+  copyFrameToModel();
+  int gesture =
+      identifyStroke(gestureModel, currentStroke, position, &strokeScale, axes[0], axes[1], axes[2], result);
+  smoothContdResult(gesture, *result);
+  copyOut(pos, position);
+  if (scale != nullptr) *scale = strokeScale;
+  copyOut(dir0, axes[0]);
+  copyOut(dir1, axes[1]);
+  copyOut(dir2, axes[2]);
+  return gesture;
+}
+
+int GestureRecognition::contdIdentify(const double headPosition[3], const double headRotation[4],
+                                      double* similarity) {
+  return contdIdentifyAndGetStroke(headPosition, headRotation, similarity, nullptr, nullptr, nullptr, nullptr,
+                                   nullptr);
+}
+
+int GestureRecognition::contdIdentifyM(const double headMatrix[4][4], double* similarity) {
+  if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
+  const StrokePoint head(&headMatrix[0][0]);
+  double p[3];
+  double q[4];
+  head.position.copyTo(p);
+  head.rotation.copyTo(q);
+  return contdIdentify(p, q, similarity);
+}
+
+int GestureRecognition::contdIdentifyAndGetStrokeAndGetAllProbabilitiesAndSimilarities(
+    const double headPosition[3], const double headRotation[4], double* probabilities, double* similarities,
+    int* count, double pos[3], double* scale, double dir0[3], double dir1[3], double dir2[3]) {
+  if (count == nullptr) return ReturnCode_InvalidParameter;
+  const auto fail = [count](int code) {
+    *count = 0;
+    return code;
+  };
+  if (probabilities == nullptr || similarities == nullptr || *count < 1) return fail(ReturnCode_InvalidParameter);
+  if (!strokeStarted) return fail(ReturnCode_NoStrokeStarted);
+  if (isTraining()) return fail(ReturnCode_TrainingInProgress);
+  if (isLoading()) return fail(ReturnCode_LoadingInProgress);
+  if (headPosition == nullptr || headRotation == nullptr) return fail(ReturnCode_InvalidParameter);
+  if (!finitePose(headPosition, headRotation)) return fail(ReturnCode_InvalidParameter);
+  const int window = contdWindow(headPosition, headRotation, nullptr);
+  if (window < 0) return fail(window);
+
+  // This form identifies even while a recording target is set, and leaves the history alone.
+  double position[4] = {0, 0, 0, 1};
+  double axes[3][4] = {{0, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}};
+  double strokeScale = 0.0;
+  copyFrameToModel();
+  const int computed = computeProbabilitiesAndSimilarities(gestureModel, probabilities, similarities, count,
+                                                           currentStroke, position, &strokeScale, axes[0],
+                                                           axes[1], axes[2]);
+  if (computed < 0) return fail(computed);
+  int gesture = ReturnCode_NoGestures;
+  double best = -DBL_MAX;
+  const bool tanhMode = gestureModel.parameters.transferMode == 1;
+  for (int i = *count - 1; i >= 0; --i) {
+    if (tanhMode) probabilities[i] = probabilities[i] * 0.5 + 0.5;
+    if (probabilities[i] > best) {
+      best = probabilities[i];
+      gesture = i;
+    }
+  }
+  copyOut(pos, position);
+  if (scale != nullptr) *scale = strokeScale;
+  copyOut(dir0, axes[0]);
+  copyOut(dir1, axes[1]);
+  copyOut(dir2, axes[2]);
+  return gesture;
+}
+
+int GestureRecognition::contdIdentifyAndGetAllProbabilitiesAndSimilarities(const double headPosition[3],
+                                                                           const double headRotation[4],
+                                                                           double* probabilities,
+                                                                           double* similarities, int* count) {
+  return contdIdentifyAndGetStrokeAndGetAllProbabilitiesAndSimilarities(
+      headPosition, headRotation, probabilities, similarities, count, nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
+int GestureRecognition::contdIdentifyAndGetAllProbabilitiesAndSimilaritiesM(const double headMatrix[4][4],
+                                                                            double* probabilities,
+                                                                            double* similarities, int* count) {
+  if (headMatrix == nullptr) {
+    if (count != nullptr) *count = 0;
+    return ReturnCode_InvalidParameter;
+  }
+  const StrokePoint head(&headMatrix[0][0]);
+  double p[3];
+  double q[4];
+  head.position.copyTo(p);
+  head.rotation.copyTo(q);
+  return contdIdentifyAndGetAllProbabilitiesAndSimilarities(p, q, probabilities, similarities, count);
+}
+
+int GestureRecognition::contdRecord(const double headPosition[3], const double headRotation[4]) {
+  if (!strokeStarted) return ReturnCode_NoStrokeStarted;
+  if (recordingGestureId < 0 || isTraining()) return ReturnCode_TrainingInProgress;
+  if (isLoading()) return ReturnCode_LoadingInProgress;
+  if (isSaving()) return ReturnCode_SavingInProgress;
+  if (headPosition == nullptr || headRotation == nullptr) return ReturnCode_InvalidParameter;
+  if (!finitePose(headPosition, headRotation)) return ReturnCode_InvalidParameter;
+  const int window = contdWindow(headPosition, headRotation, nullptr);
+  if (window < 0) return window;
+  storeCurrentStrokeAsSample();
+  return recordingGestureId;
+}
+
+int GestureRecognition::contdRecordM(const double headMatrix[4][4]) {
+  if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
+  const StrokePoint head(&headMatrix[0][0]);
+  double p[3];
+  double q[4];
+  head.position.copyTo(p);
+  head.rotation.copyTo(q);
+  return contdRecord(p, q);
+}
+
+}  // namespace zando
