@@ -1,6 +1,11 @@
 // Writing and reading the database text of a well-filled gesture set (20 gestures of 50 samples
 // of 100 points, a network of 120 features, two hidden layers of 144 and 20 outputs) in memory.
-// The byte rate is that of the text.
+// The byte rate is that of the text. The file benchmarks go the whole way through the archive.
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <memory>
 #include <random>
 #include <sstream>
 #include <string>
@@ -9,6 +14,7 @@
 
 #include "model/gesture_model.h"
 #include "persistence/database_format.h"
+#include "recognition/gesture_recognition.h"
 
 namespace {
 
@@ -81,5 +87,46 @@ void BM_ReadDatabase(benchmark::State& state) {
   state.counters["text_MB"] = static_cast<double>(text.size()) / 1e6;
 }
 BENCHMARK(BM_ReadDatabase)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+}  // namespace
+
+namespace {
+
+// The whole way of a file: the text in memory, then the deflated archive on disk, and back.
+zando::GestureRecognition* filledRecognizer() {
+  zando::GestureRecognition* recognizer = zando::GestureRecognition::createZeroFilled();
+  fillModel(recognizer->gestureModel);
+  recognizer->gestureModel.layerBuffers = {zando::Matrix(1, 121), zando::Matrix(1, 145), zando::Matrix(1, 145),
+                                           zando::Matrix(1, kGestures)};
+  return recognizer;
+}
+
+const char* benchFile() {
+  static const std::string path = "/tmp/zando_bench_" + std::to_string(::getpid()) + ".dat";
+  return path.c_str();
+}
+
+void BM_SaveToFile(benchmark::State& state) {
+  std::unique_ptr<zando::GestureRecognition> recognizer(filledRecognizer());
+  for (auto _ : state) {
+    if (recognizer->saveToFile(benchFile()) != 0) state.SkipWithError("save failed");
+  }
+  std::ifstream file(benchFile(), std::ios::binary | std::ios::ate);
+  state.counters["archive_MB"] = static_cast<double>(file.tellg()) / 1e6;
+}
+BENCHMARK(BM_SaveToFile)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+void BM_LoadFromFile(benchmark::State& state) {
+  {
+    std::unique_ptr<zando::GestureRecognition> source(filledRecognizer());
+    source->saveToFile(benchFile());
+  }
+  for (auto _ : state) {
+    std::unique_ptr<zando::GestureRecognition> recognizer(zando::GestureRecognition::createZeroFilled());
+    if (recognizer->loadFromFile(benchFile(), nullptr) != 0) state.SkipWithError("load failed");
+  }
+  std::remove(benchFile());
+}
+BENCHMARK(BM_LoadFromFile)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 }  // namespace
