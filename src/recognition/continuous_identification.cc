@@ -1,34 +1,30 @@
 // Identification and recording over a sliding time window of a running stroke. The stroke stays
 // open and keeps growing; each call cuts it to the window, reads it as a continuous sample and,
 // if asked, smooths the answer over the last calls.
-#include <cfloat>
-#include <cmath>
 #include <map>
 
 #include "model/identification.h"
 #include "recognition/gesture_recognition.h"
+#include "recognition/stroke_results.h"
 
 namespace zando {
 
 namespace {
 
 bool finitePose(const double position[3], const double rotation[4]) {
-  for (int i = 0; i < 3; ++i) {
-    if (!std::isfinite(position[i])) return false;
-  }
-  for (int i = 0; i < 4; ++i) {
-    if (!std::isfinite(rotation[i])) return false;
-  }
-  return true;
+  return allFinite(position, 3) && allFinite(rotation, 4);
 }
 
-void copyOut(double* target, const double* source) {
-  if (target != nullptr) {
-    target[0] = source[0];
-    target[1] = source[1];
-    target[2] = source[2];
+// The head pose of a matrix, as the quaternion forms take it.
+struct HeadPose {
+  double position[3];
+  double rotation[4];
+  explicit HeadPose(const double matrix[4][4]) {
+    const StrokePoint head(&matrix[0][0]);
+    head.position.copyTo(position);
+    head.rotation.copyTo(rotation);
   }
-}
+};
 
 }  // namespace
 
@@ -92,20 +88,14 @@ int GestureRecognition::contdIdentifyAndGetStroke(const double headPosition[3], 
     return recordingGestureId;
   }
 
-  double position[4] = {0, 0, 0, 1};
-  double axes[3][4] = {{0, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}};
-  double strokeScale = 0.0;
+  StrokeResults results;
   double localSimilarity = -1.0;
   double* result = similarity != nullptr ? similarity : &localSimilarity;
   copyFrameToModel();
-  int gesture =
-      identifyStroke(gestureModel, currentStroke, position, &strokeScale, axes[0], axes[1], axes[2], result);
+  int gesture = identifyStroke(gestureModel, currentStroke, results.position, &results.scale, results.axes[0],
+                               results.axes[1], results.axes[2], result);
   smoothContdResult(gesture, *result);
-  copyOut(pos, position);
-  if (scale != nullptr) *scale = strokeScale;
-  copyOut(dir0, axes[0]);
-  copyOut(dir1, axes[1]);
-  copyOut(dir2, axes[2]);
+  results.writeTo(pos, scale, dir0, dir1, dir2);
   return gesture;
 }
 
@@ -117,12 +107,8 @@ int GestureRecognition::contdIdentify(const double headPosition[3], const double
 
 int GestureRecognition::contdIdentifyM(const double headMatrix[4][4], double* similarity) {
   if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
-  const StrokePoint head(&headMatrix[0][0]);
-  double p[3];
-  double q[4];
-  head.position.copyTo(p);
-  head.rotation.copyTo(q);
-  return contdIdentify(p, q, similarity);
+  const HeadPose head(headMatrix);
+  return contdIdentify(head.position, head.rotation, similarity);
 }
 
 int GestureRecognition::contdIdentifyAndGetStrokeAndGetAllProbabilitiesAndSimilarities(
@@ -143,29 +129,15 @@ int GestureRecognition::contdIdentifyAndGetStrokeAndGetAllProbabilitiesAndSimila
   if (window < 0) return fail(window);
 
   // This form identifies even while a recording target is set, and leaves the history alone.
-  double position[4] = {0, 0, 0, 1};
-  double axes[3][4] = {{0, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}};
-  double strokeScale = 0.0;
+  StrokeResults results;
   copyFrameToModel();
-  const int computed = computeProbabilitiesAndSimilarities(gestureModel, probabilities, similarities, count,
-                                                           currentStroke, position, &strokeScale, axes[0],
-                                                           axes[1], axes[2]);
+  const int computed =
+      computeProbabilitiesAndSimilarities(gestureModel, probabilities, similarities, count, currentStroke,
+                                          results.position, &results.scale, results.axes[0], results.axes[1],
+                                          results.axes[2]);
   if (computed < 0) return fail(computed);
-  int gesture = ReturnCode_NoGestures;
-  double best = -DBL_MAX;
-  const bool tanhMode = gestureModel.parameters.transferMode == 1;
-  for (int i = *count - 1; i >= 0; --i) {
-    if (tanhMode) probabilities[i] = probabilities[i] * 0.5 + 0.5;
-    if (probabilities[i] > best) {
-      best = probabilities[i];
-      gesture = i;
-    }
-  }
-  copyOut(pos, position);
-  if (scale != nullptr) *scale = strokeScale;
-  copyOut(dir0, axes[0]);
-  copyOut(dir1, axes[1]);
-  copyOut(dir2, axes[2]);
+  const int gesture = pickMostProbable(probabilities, *count, gestureModel.parameters.transferMode == 1);
+  results.writeTo(pos, scale, dir0, dir1, dir2);
   return gesture;
 }
 
@@ -184,12 +156,9 @@ int GestureRecognition::contdIdentifyAndGetAllProbabilitiesAndSimilaritiesM(cons
     if (count != nullptr) *count = 0;
     return ReturnCode_InvalidParameter;
   }
-  const StrokePoint head(&headMatrix[0][0]);
-  double p[3];
-  double q[4];
-  head.position.copyTo(p);
-  head.rotation.copyTo(q);
-  return contdIdentifyAndGetAllProbabilitiesAndSimilarities(p, q, probabilities, similarities, count);
+  const HeadPose head(headMatrix);
+  return contdIdentifyAndGetAllProbabilitiesAndSimilarities(head.position, head.rotation, probabilities,
+                                                            similarities, count);
 }
 
 int GestureRecognition::contdRecord(const double headPosition[3], const double headRotation[4]) {
@@ -207,12 +176,8 @@ int GestureRecognition::contdRecord(const double headPosition[3], const double h
 
 int GestureRecognition::contdRecordM(const double headMatrix[4][4]) {
   if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
-  const StrokePoint head(&headMatrix[0][0]);
-  double p[3];
-  double q[4];
-  head.position.copyTo(p);
-  head.rotation.copyTo(q);
-  return contdRecord(p, q);
+  const HeadPose head(headMatrix);
+  return contdRecord(head.position, head.rotation);
 }
 
 }  // namespace zando

@@ -12,19 +12,19 @@
 #include <vector>
 
 #include "model/gesture_model.h"
+#include "model/network_training.h"
 #include "spatial/spatial.h"
 #include "zando/zando.h"
 
 namespace zando {
 
-// State of a background job (training, saving, loading).
-enum JobState : int {
-  kJobIdle = 0,
-  kJobRequested = 1,
-  kJobRunning = 2,
-  kJobStopRequested = 3,
-  kJobFinished = 4,
-};
+// Saving and loading move through the same five states as training: idle, requested, running,
+// stop requested, finished.
+constexpr int kJobIdle = TrainingState_Idle;
+constexpr int kJobRequested = TrainingState_Starting;
+constexpr int kJobRunning = TrainingState_Running;
+constexpr int kJobStopRequested = TrainingState_Stopping;
+constexpr int kJobFinished = TrainingState_Finished;
 
 inline bool jobBusy(int state) { return state >= kJobRequested && state <= kJobStopRequested; }
 

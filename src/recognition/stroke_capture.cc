@@ -1,35 +1,17 @@
 // The capture cycle: start, extend, prune, cancel and end a stroke.
-#include <cfloat>
-#include <cmath>
-
 #include "model/identification.h"
 #include "recognition/gesture_recognition.h"
+#include "recognition/stroke_results.h"
 
 namespace zando {
 
 namespace {
-
-// Values are tested one by one in argument order; NaN and both infinities are refused.
-bool allFinite(const double* values, int count) {
-  for (int i = 0; i < count; ++i) {
-    if (!std::isfinite(values[i])) return false;
-  }
-  return true;
-}
 
 bool poseFinite(const double position[3], const double* rotation, int rotationCount) {
   return allFinite(position, 3) && allFinite(rotation, rotationCount);
 }
 
 const double* flat(const double matrix[4][4]) { return &matrix[0][0]; }
-
-void copyOut(double* target, const double* source) {
-  if (target != nullptr) {
-    target[0] = source[0];
-    target[1] = source[1];
-    target[2] = source[2];
-  }
-}
 
 }  // namespace
 
@@ -222,43 +204,27 @@ int GestureRecognition::finishStroke(EndKind kind, double* similarity, double* p
   }
 
   copyFrameToModel();
-  double position[4] = {0, 0, 0, 1};
-  double strokeScale = 0.0;
-  double axes[3][4] = {{0, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}};
+  StrokeResults results;
   int result;
   if (!withProbabilities) {
-    result = identifyStroke(gestureModel, currentStroke, position, &strokeScale, axes[0], axes[1], axes[2],
-                            kind == EndKind::Similarity ? similarity : nullptr);
+    result = identifyStroke(gestureModel, currentStroke, results.position, &results.scale, results.axes[0],
+                            results.axes[1], results.axes[2], kind == EndKind::Similarity ? similarity : nullptr);
     currentStroke.handPoints.clear();
     currentStroke.headPoints.clear();
   } else {
-    for (int k = 0; k < 3; ++k) axes[k][k] = 1.0;
+    results.setUnitAxes();
     result = kind == EndKind::Probabilities
-                 ? computeProbabilities(gestureModel, probabilities, count, currentStroke, position, &strokeScale,
-                                        axes[0], axes[1], axes[2])
+                 ? computeProbabilities(gestureModel, probabilities, count, currentStroke, results.position,
+                                        &results.scale, results.axes[0], results.axes[1], results.axes[2])
                  : computeProbabilitiesAndSimilarities(gestureModel, probabilities, similarities, count,
-                                                       currentStroke, position, &strokeScale, axes[0], axes[1],
-                                                       axes[2]);
+                                                       currentStroke, results.position, &results.scale,
+                                                       results.axes[0], results.axes[1], results.axes[2]);
     currentStroke.handPoints.clear();
     currentStroke.headPoints.clear();
     if (result < 0) return fail(result);
-    // Of equal values the highest index wins: the walk runs downward with a strict comparison.
-    result = ReturnCode_NoGestures;
-    double best = -DBL_MAX;
-    const bool tanhMode = gestureModel.parameters.transferMode == 1;
-    for (int i = *count - 1; i >= 0; --i) {
-      if (tanhMode) probabilities[i] = 0.5 + 0.5 * probabilities[i];
-      if (best < probabilities[i]) {
-        best = probabilities[i];
-        result = i;
-      }
-    }
+    result = pickMostProbable(probabilities, *count, gestureModel.parameters.transferMode == 1);
   }
-  copyOut(pos, position);
-  if (scale != nullptr) *scale = strokeScale;
-  copyOut(dir0, axes[0]);
-  copyOut(dir1, axes[1]);
-  copyOut(dir2, axes[2]);
+  results.writeTo(pos, scale, dir0, dir1, dir2);
   return result;
 }
 
