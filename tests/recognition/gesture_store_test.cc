@@ -61,25 +61,6 @@ TEST_F(GestureStoreTest, NamesAreCopiedAndReadBackBounded) {
   EXPECT_EQ(r->setGestureName(2, "none"), ReturnCode_InvalidIndex);
 }
 
-TEST_F(GestureStoreTest, MetadataPointersAreKeptNeverOwned) {
-  auto* metadata = new IGestureRecognition::DefaultMetadata();
-  EXPECT_EQ(r->createGesture("a", metadata), 0);
-  EXPECT_EQ(r->getGestureMetadata(0), metadata);
-  EXPECT_EQ(r->getGestureMetadata(1), nullptr);
-  EXPECT_EQ(r->setGestureMetadata(0, nullptr), 0);
-  EXPECT_EQ(r->getGestureMetadata(0), nullptr);
-  EXPECT_EQ(r->setGestureMetadata(3, metadata), ReturnCode_InvalidIndex);
-  EXPECT_EQ(r->setGestureMetadata(0, metadata), 0);
-  EXPECT_EQ(r->deleteGesture(0), 0);
-  EXPECT_EQ(r->setMetadata(metadata), 0);
-  EXPECT_EQ(r->getMetadata(), metadata);
-  EXPECT_EQ(r->setMetadata(nullptr), 0);
-  EXPECT_EQ(r->getMetadata(), nullptr);
-  // Still ours to free and still intact: the store deleted nothing.
-  metadata->size = 0;
-  delete metadata;
-}
-
 TEST_F(GestureStoreTest, SamplesAreReadBackRawAndProcessed) {
   ASSERT_EQ(r->createGesture("circle", nullptr), 0);
   ASSERT_EQ(recordShape(*r, 0, 0, rng), 0);
@@ -158,6 +139,11 @@ TEST_F(GestureStoreTest, MutationsRefuseWhileJobsRunInTheirOrder) {
 }
 
 TEST_F(GestureStoreTest, TrainedNetworkFollowsTheGestureCount) {
+  // Without a network, deleting only moves the pointers.
+  ASSERT_EQ(r->createGesture("x", nullptr), 0);
+  EXPECT_EQ(r->deleteGesture(0), 0);
+  EXPECT_EQ(r->deleteGesture(0), ReturnCode_InvalidIndex);
+  EXPECT_TRUE(r->gestureModel.weights.empty());
   for (int g = 0; g < 3; ++g) {
     ASSERT_EQ(r->createGesture("g", nullptr), g);
     ASSERT_EQ(recordShape(*r, g, g, rng), g);
@@ -200,15 +186,6 @@ TEST_F(GestureStoreTest, TrainedNetworkFollowsTheGestureCount) {
   ASSERT_EQ(r->createGesture("solo", nullptr), 0);
   testing_support::performShape(*r, 2, -1, rng);
   EXPECT_EQ(r->endStroke(nullptr, nullptr, nullptr, nullptr, nullptr), ReturnCode_ModelMismatch);
-}
-
-TEST_F(GestureStoreTest, UntrainedStoreOnlyMovesPointers) {
-  ASSERT_EQ(r->createGesture("a", nullptr), 0);
-  ASSERT_EQ(r->createGesture("b", nullptr), 1);
-  EXPECT_EQ(r->deleteGesture(0), 0);
-  EXPECT_EQ(r->deleteGesture(1), ReturnCode_InvalidIndex);
-  EXPECT_STREQ(r->getGestureName(0), "b");
-  EXPECT_TRUE(r->gestureModel.weights.empty());
 }
 
 TEST_F(GestureStoreTest, RecomputedScoreCountsHitsWithoutChangingTheStoredOne) {
