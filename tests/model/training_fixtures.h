@@ -15,8 +15,7 @@ namespace zando {
 namespace testing_shapes {
 
 // A point of shape 0 to 4 at u in [0, 1], about 0.5 m across: circle, V, Z, figure eight, and a
-// corkscrew pushed forward. (Straight swipes make poor test gestures: the features of a line
-// hardly depend on its direction.)
+// corkscrew pushed forward. (The features of a straight swipe hardly depend on its direction.)
 inline Eigen::Vector3d shapePoint(int shape, double u) {
   const double turn = 2 * 3.14159265358979323846 * u;
   const int leg = u >= 1.0 ? 2 : static_cast<int>(u * 3.0);
@@ -34,6 +33,7 @@ inline Eigen::Vector3d shapePoint(int shape, double u) {
 class ShapeMaker {
  public:
   explicit ShapeMaker(uint32_t seed) : rng_(seed) {}
+  static Eigen::Vector3d head() { return {0.0, 1.7, 0.0}; }
 
   std::vector<Eigen::Vector3d> perform(int shape) {
     const double size = uniform(0.7, 1.3);
@@ -51,16 +51,13 @@ class ShapeMaker {
   // A sample as the recogniser stores it, with one head record per hand point.
   Stroke* stroke(int shape) {
     Stroke* s = new Stroke;
-    const StrokePoint headPose{Vector3(head()), Quaternion()};
-    s->headStart = s->headLatest = headPose;
+    s->headStart = s->headLatest = StrokePoint{Vector3(head()), Quaternion()};
     for (const Eigen::Vector3d& p : perform(shape)) {
       s->handPoints.emplace_back(Vector3(p), Quaternion());
-      s->headPoints.push_back(headPose);
+      s->headPoints.push_back(s->headStart);
     }
     return s;
   }
-
-  static Eigen::Vector3d head() { return {0.0, 1.7, 0.0}; }
 
  private:
   double uniform(double a, double b) { return std::uniform_real_distribution<double>(a, b)(rng_); }
@@ -78,8 +75,7 @@ inline void addGestures(GestureModel& model, ShapeMaker& maker, const std::vecto
 inline void recordScore(double score, void* scores) { static_cast<std::vector<double>*>(scores)->push_back(score); }
 
 // The recogniser's part in a run, as plain fields; callbacks append to `updates` and `finishes`.
-class FakeHost : public TrainingHost {
- public:
+struct FakeHost : TrainingHost {
   GestureModel gestureModel;
   std::atomic<int> state{TrainingState_Running};
   std::map<int, int> parameters;
@@ -88,8 +84,7 @@ class FakeHost : public TrainingHost {
   bool reportAll = false;
   int stopAtRead = 0;  // the run sees a stop request from this read of the state on (1-based)
   int reads = 0;
-  std::vector<double> updates;
-  std::vector<double> finishes;
+  std::vector<double> updates, finishes;
   TrainingCallback updateFunction = &recordScore;
 
   GestureModel& model() override { return gestureModel; }
@@ -101,14 +96,8 @@ class FakeHost : public TrainingHost {
   int64_t trainingStartTime() override { return start; }
   int maxTrainingTime() override { return maxTime; }
   bool reportAllUpdates() override { return reportAll; }
-  TrainingCallback updateCallback(void** metadata) override {
-    *metadata = &updates;
-    return updateFunction;
-  }
-  TrainingCallback finishCallback(void** metadata) override {
-    *metadata = &finishes;
-    return &recordScore;
-  }
+  TrainingCallback updateCallback(void** list) override { *list = &updates; return updateFunction; }
+  TrainingCallback finishCallback(void** list) override { *list = &finishes; return &recordScore; }
 };
 
 }  // namespace testing_shapes
