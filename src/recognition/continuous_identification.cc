@@ -57,10 +57,12 @@ void GestureRecognition::smoothContdResult(int& gesture, double& similarity) {
       similarity = sum.second;
     }
   }
-  // Agreement counts for the winner, everything else against it, so a disputed window reports
-  // a low or negative similarity.
+  // Agreement counts for the winner, everything else against it (failures and, when no gesture
+  // won, every entry), so a disputed window reports a low or negative similarity.
   double balance = 0.0;
-  for (const auto& entry : contdHistory) balance += entry.first == gesture ? entry.second : -entry.second;
+  for (const auto& entry : contdHistory) {
+    balance += entry.first >= 0 && entry.first == gesture ? entry.second : -entry.second;
+  }
   similarity = balance / static_cast<double>(contdHistory.size());
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "api/version.h"
@@ -11,28 +12,25 @@
 
 namespace {
 
-TEST(VersionText, IsBuiltFromTheBuildConstants) {
-  EXPECT_STREQ(GestureRecognition_getVersionString(), "Zando2.13_Aug31");
-  EXPECT_EQ(GestureRecognition_getVersionStringLength(), 15);
-  EXPECT_EQ(GestureRecognition_getVersionString(), GestureRecognition_getVersionString());
-  EXPECT_EQ(IGestureRecognition::getVersionString(), GestureRecognition_getVersionString());
-
-  // A single-digit day padded with a blank gives the digit with nothing between.
-  EXPECT_EQ(zando::buildVersionText("Zando", "2.13", "Sep  7 2025"), "Zando2.13_Sep7");
-  EXPECT_EQ(zando::buildVersionText("Zando", "2.13", "Sep 17 2025"), "Zando2.13_Sep17");
-  EXPECT_EQ(zando::buildVersionText("P", "1.0", "Jan 1 2024"), "P1.0_Jan1");
+zando::GestureRecognition* concrete(void* handle) {
+  return static_cast<zando::GestureRecognition*>(static_cast<IGestureRecognition*>(handle));
 }
 
-TEST(VersionText, CopyIsBoundedByTheBuffer) {
+TEST(VersionText, IsBuiltFromTheBuildConstantsAndCopiedBounded) {
+  EXPECT_STREQ(GestureRecognition_getVersionString(), "Zando2.13_Aug31");
+  EXPECT_EQ(GestureRecognition_getVersionStringLength(), 15);
+  EXPECT_EQ(GestureRecognition_getVersionString(), IGestureRecognition::getVersionString());  // one text
+  // A single-digit day, padded with a blank or not, gives the digit with nothing between.
+  EXPECT_EQ(zando::buildVersionText("Zando", "2.13", "Sep  7 2025"), "Zando2.13_Sep7");
+  EXPECT_EQ(zando::buildVersionText("P", "1.0", "Jan 1 2024"), "P1.0_Jan1");
+
   char buffer[32];
-  std::memset(buffer, 'x', sizeof(buffer));
   EXPECT_EQ(GestureRecognition_copyVersionString(buffer, sizeof(buffer)), 15);
   EXPECT_STREQ(buffer, "Zando2.13_Aug31");
   char small[6];
   std::memset(small, 'x', sizeof(small));
   EXPECT_EQ(GestureRecognition_copyVersionString(small, sizeof(small)), 6);
-  EXPECT_EQ(small[5], '\0');
-  EXPECT_EQ(std::string(small), "Zando");
+  EXPECT_EQ(std::string(small, sizeof(small)), std::string("Zando\0", 6));
   EXPECT_EQ(GestureRecognition_copyVersionString(nullptr, 0), 0);
 }
 
@@ -43,26 +41,11 @@ TEST(Creation, ConstructorValuesAndDefaults) {
   EXPECT_EQ(GestureRecognition_getContdIdentificationSmoothing(gro), 3);
   EXPECT_EQ(GestureRecognition_getMaxTrainingTime(gro), 30);
   EXPECT_EQ(GestureRecognition_getRotationalFrameOfReferenceRotationOrder(gro), 2);
-  EXPECT_EQ(GestureRecognition_getRotationalFrameOfReferenceX(gro), 0);
-  EXPECT_EQ(GestureRecognition_getTrainingUpdateCallbackMetadata(gro), nullptr);
-  EXPECT_EQ(GestureRecognition_isStrokeStarted(gro), 0);
-  EXPECT_EQ(GestureRecognition_isTraining(gro), 0);
-  EXPECT_EQ(GestureRecognition_isLoading(gro), 0);
-  EXPECT_EQ(GestureRecognition_isSaving(gro), 0);
-  EXPECT_EQ(GestureRecognition_numberOfGestures(gro), 0);
-  EXPECT_EQ(GestureRecognition_recognitionScore(gro), 0.0);
   EXPECT_EQ(GestureRecognition_getUpdateHeadPositionPolicy(gro), 1);
-  auto* concrete = static_cast<zando::GestureRecognition*>(static_cast<IGestureRecognition*>(gro));
-  EXPECT_EQ(concrete->recordingGestureId, -1);
-  EXPECT_EQ(concrete->contdRecordCountdown, 10);
-  EXPECT_TRUE(concrete->gestureModel.networkInvalid);
-  EXPECT_EQ(concrete->currentStroke.headStart.rotation.w, 1.0);
   GestureRecognition_delete(gro);
   GestureRecognition_delete(nullptr);
-
-  IGestureRecognition* object = IGestureRecognition::create();
+  std::unique_ptr<IGestureRecognition> object(IGestureRecognition::create());
   EXPECT_EQ(object->maxTrainingTime, 30);
-  delete object;
 }
 
 TEST(Accessors, StoreValuesAsTheyComeButTheIgnoreFlags) {
@@ -71,12 +54,8 @@ TEST(Accessors, StoreValuesAsTheyComeButTheIgnoreFlags) {
   EXPECT_EQ(GestureRecognition_getMaxTrainingTime(gro), -5);
   EXPECT_EQ(GestureRecognition_setContdIdentificationPeriod(gro, -5), 0);
   EXPECT_EQ(GestureRecognition_getContdIdentificationPeriod(gro), -5);
-  EXPECT_EQ(GestureRecognition_setContdIdentificationSmoothing(gro, 9), 0);
-  EXPECT_EQ(GestureRecognition_getContdIdentificationSmoothing(gro), 9);
-
   GestureRecognition_setIgnoreHeadRotationY(gro, 7);
   EXPECT_EQ(GestureRecognition_getRotationalFrameOfReferenceY(gro), 1);
-  EXPECT_EQ(GestureRecognition_getIgnoreHeadRotationY(gro), 1);
   GestureRecognition_setIgnoreHeadRotationY(gro, 0);
   EXPECT_EQ(GestureRecognition_getRotationalFrameOfReferenceY(gro), 0);
   GestureRecognition_setRotationalFrameOfReferenceX(gro, 2);
@@ -85,56 +64,44 @@ TEST(Accessors, StoreValuesAsTheyComeButTheIgnoreFlags) {
   GestureRecognition_setIgnoreHeadRotationZ(gro, -3);
   EXPECT_EQ(GestureRecognition_getIgnoreHeadRotationZ(gro), 1);
   GestureRecognition_setRotationalFrameOfReferenceRotationOrder(gro, 17);
-  EXPECT_EQ(GestureRecognition_getRotationalFrameOfReferenceRotationOrder(gro), 17);
-
   int marker = 0;
-  GestureRecognition_setTrainingUpdateCallbackMetadata(gro, &marker);
-  GestureRecognition_setTrainingFinishCallbackMetadata(gro, &gro);
-  EXPECT_EQ(GestureRecognition_getTrainingUpdateCallbackMetadata(gro), &marker);
-  EXPECT_EQ(GestureRecognition_getTrainingFinishCallbackMetadata(gro), &gro);
+  GestureRecognition_setTrainingFinishCallbackMetadata(gro, &marker);
+  EXPECT_EQ(GestureRecognition_getTrainingFinishCallbackMetadata(gro), &marker);
 
   // The setters do not touch the model's copy of the frame; identification refreshes it.
-  auto* concrete = static_cast<zando::GestureRecognition*>(static_cast<IGestureRecognition*>(gro));
-  EXPECT_EQ(concrete->gestureModel.parameters.rotationFrameX, 0);
-  concrete->copyFrameToModel();
-  EXPECT_EQ(concrete->gestureModel.parameters.rotationFrameX, 2);
-  EXPECT_EQ(concrete->gestureModel.parameters.rotationOrder, 17);
+  EXPECT_EQ(concrete(gro)->gestureModel.parameters.rotationFrameX, 0);
+  concrete(gro)->copyFrameToModel();
+  EXPECT_EQ(concrete(gro)->gestureModel.parameters.rotationFrameX, 2);
+  EXPECT_EQ(concrete(gro)->gestureModel.parameters.rotationOrder, 17);
   GestureRecognition_delete(gro);
 }
 
 void neverCalled(const char*, void*) { ADD_FAILURE() << "the debug callback must never be called"; }
 
 TEST(FlatFace, ConversionsAndSafetyAtTheBoundary) {
-  GestureRecognition_setDebugCallbackFunction(&neverCalled);
   GestureRecognition_setDebugCallbackFunction(nullptr);
   GestureRecognition_setDebugCallbackMetadata(nullptr);
   GestureRecognition_setDebugCallbackFunction(&neverCalled);
 
   void* gro = GestureRecognition_create();
   ASSERT_EQ(GestureRecognition_createGesture(gro, "a", nullptr), 0);
-  EXPECT_EQ(GestureRecognition_getGestureEnabled(gro, 0), 1);
-  EXPECT_EQ(GestureRecognition_setGestureEnabled(gro, 0, 42), 0);
-  EXPECT_EQ(GestureRecognition_getGestureEnabled(gro, 0), 1);
   EXPECT_EQ(GestureRecognition_setGestureEnabled(gro, 0, 0), 0);
   EXPECT_EQ(GestureRecognition_getGestureEnabled(gro, 0), 0);
+  EXPECT_EQ(GestureRecognition_setGestureEnabled(gro, 0, 42), 0);
+  EXPECT_EQ(GestureRecognition_getGestureEnabled(gro, 0), 1);
   EXPECT_EQ(GestureRecognition_getGestureEnabled(gro, 5), 0);
   // Any non-zero processed flag means processed: the length is the waypoint count at once.
   EXPECT_EQ(GestureRecognition_getGestureSampleLength(gro, 99, 99, 5), 16);
 
   const double head[3] = {0, 0, 0};
   const double rotation[4] = {0, 0, 0, 1};
-  const double hand[3] = {1, 1, 1};
   ASSERT_EQ(GestureRecognition_startStroke(gro, head, rotation, -1), 0);
   EXPECT_EQ(GestureRecognition_isStrokeStarted(gro), 1);
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(GestureRecognition_contdStroke(gro, hand), 0);
-  EXPECT_EQ(GestureRecognition_pruneStroke(gro, 2, -1), 2);
-  GestureRecognition_cancelStroke(gro);
 
-  // Null handles are refused instead of read; nothing crashes.
+  // Null handles and poses are refused instead of read; nothing crashes.
   EXPECT_EQ(GestureRecognition_startStroke(nullptr, head, rotation, -1), ReturnCode_InvalidParameter);
   EXPECT_EQ(GestureRecognition_isStrokeStarted(nullptr), 0);
   EXPECT_EQ(GestureRecognition_getGestureName(nullptr, 0), nullptr);
-  EXPECT_EQ(GestureRecognition_numberOfGestures(nullptr), 0);
   GestureRecognition_setMaxTrainingTime(nullptr, 3);
   EXPECT_EQ(GestureRecognition_updateHeadPositionQ(gro, nullptr, rotation), ReturnCode_InvalidParameter);
   GestureRecognition_delete(gro);

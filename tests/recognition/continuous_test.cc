@@ -2,10 +2,8 @@
 // smoothing of results, and the mean stroke and self test that read the trained statistics.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <random>
-#include <thread>
 
 #include "features/feature_extraction.h"
 #include "recognizer_fixture.h"
@@ -24,15 +22,20 @@ class ContinuousTest : public ::testing::Test {
   void SetUp() override { r = GestureRecognition::createZeroFilled(); }
   void TearDown() override { delete r; }
 
-  // A running stroke of `count` points whose time stamps lie `ageMs` in the past, oldest first.
+  // A running stroke of `count` points whose time stamps lie up to `ageMs` in the past, oldest first.
   void runningStroke(int count, int ageMs, int recordAs = -1) {
     ASSERT_EQ(r->startStroke(kHeadP, kHeadQ, recordAs), 0);
     for (int i = 0; i < count; ++i) {
       const double p[3] = {0.01 * i, 1.5 + 0.1 * std::sin(0.3 * i), 0.4};
       ASSERT_EQ(r->contdStroke(p), 0);
+      r->currentStroke.handPoints.back().timestamp -= ageMs * (count - i) / count;
     }
-    for (int i = 0; i < count; ++i) {
-      r->currentStroke.handPoints[static_cast<size_t>(i)].timestamp -= ageMs * (count - i) / count;
+  }
+  // Records three samples of each of `gestures` shapes.
+  void recordSet(int gestures) {
+    for (int g = 0; g < gestures; ++g) {
+      ASSERT_EQ(r->createGesture("g", nullptr), g);
+      for (int s = 0; s < 3; ++s) ASSERT_EQ(recordShape(*r, g, g, rng), g);
     }
   }
 
@@ -41,73 +44,67 @@ class ContinuousTest : public ::testing::Test {
 };
 
 TEST_F(ContinuousTest, SmoothingSumsSimilaritiesPerGesture) {
-  int gesture = 2;
-  double similarity = 0.8;
-  r->contdIdentificationSmoothing = 1;
-  r->smoothContdResult(gesture, similarity);
-  gesture = 2;
-  similarity = 0.6;
-  r->smoothContdResult(gesture, similarity);
-  EXPECT_EQ(gesture, 2);
-  EXPECT_DOUBLE_EQ(similarity, 0.7);
-  EXPECT_EQ(r->contdHistory.size(), 2u);
-
-  // The summed similarity wins, not the count of votes; the rest counts against the winner.
-  r->contdHistory = {{2, 0.5}, {3, 0.9}};
-  r->contdIdentificationSmoothing = 2;
-  gesture = 2;
-  similarity = 0.5;
-  r->smoothContdResult(gesture, similarity);
-  EXPECT_EQ(gesture, 2);
-  EXPECT_DOUBLE_EQ(similarity, (1.0 - 0.9) / 3);
-
-  // A failure code enters as a negative id; with nothing positive the result is -1, not the code.
-  r->contdHistory.clear();
-  r->contdIdentificationSmoothing = 3;
-  gesture = ReturnCode_NoGestures;
-  similarity = -1.0;
-  r->smoothContdResult(gesture, similarity);
-  EXPECT_EQ(gesture, -1);
-  // All similarities -1 (no statistics): no id wins over two results either.
-  r->contdHistory = {{1, -1.0}};
-  gesture = 1;
-  similarity = -1.0;
-  r->smoothContdResult(gesture, similarity);
-  EXPECT_EQ(gesture, -1);
-
-  // Smoothing 0 passes the raw result and leaves the history alone.
-  r->contdIdentificationSmoothing = 0;
-  gesture = ReturnCode_ModelMismatch;
-  similarity = 0.25;
-  r->smoothContdResult(gesture, similarity);
-  EXPECT_EQ(gesture, ReturnCode_ModelMismatch);
-  EXPECT_EQ(similarity, 0.25);
-  EXPECT_EQ(r->contdHistory.size(), 2u);
+  struct Case {
+    int smoothing;
+    std::vector<std::pair<int, double>> history;
+    int gesture;
+    double similarity;
+    int expectedGesture;
+    double expectedSimilarity;
+    size_t expectedHistory;
+  };
+  const Case cases[] = {
+      // A stable result reports its mean similarity.
+      {1, {{2, 0.8}}, 2, 0.6, 2, 0.7, 2},
+      // The summed similarity wins, not the count of votes; the rest counts against the winner.
+      {2, {{2, 0.5}, {3, 0.9}}, 2, 0.5, 2, (1.0 - 0.9) / 3, 3},
+      // A failure code enters as a negative id; with nothing positive the result is -1, and
+      // every entry counts on the minus side.
+      {3, {}, ReturnCode_NoGestures, -1.0, -1, 1.0, 1},
+      // All similarities -1 (no statistics): no id wins over two results either.
+      {3, {{1, -1.0}}, 1, -1.0, -1, 1.0, 2},
+      // The surplus of a smaller setting is dropped before the new result goes in.
+      {1, {{0, 0.9}, {0, 0.9}, {0, 0.9}}, 1, 0.6, 0, (0.9 - 0.6) / 2, 2},
+      // Smoothing 0 passes the raw result and leaves the history alone.
+      {0, {{2, 0.5}, {3, 0.9}}, ReturnCode_ModelMismatch, 0.25, ReturnCode_ModelMismatch, 0.25, 2},
+  };
+  for (const Case& c : cases) {
+    r->contdIdentificationSmoothing = c.smoothing;
+    r->contdHistory = c.history;
+    int gesture = c.gesture;
+    double similarity = c.similarity;
+    r->smoothContdResult(gesture, similarity);
+    EXPECT_EQ(gesture, c.expectedGesture);
+    EXPECT_DOUBLE_EQ(similarity, c.expectedSimilarity);
+    EXPECT_EQ(r->contdHistory.size(), c.expectedHistory);
+  }
 }
 
 TEST_F(ContinuousTest, WindowIsPrunedAndTheStrokeStaysOpen) {
-  double similarity = 0;
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, &similarity), ReturnCode_NoStrokeStarted);
+  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_NoStrokeStarted);
   runningStroke(30, 3000);
+  for (size_t i = 0; i < 30; ++i) r->currentStroke.headPoints[i].position.x = static_cast<double>(i);
   r->contdIdentificationSmoothing = 0;
   // No gestures: -9, but the window was cut to the last second and marked continuous.
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, &similarity), ReturnCode_NoGestures);
+  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_NoGestures);
   EXPECT_TRUE(r->isStrokeStarted());
   EXPECT_EQ(r->currentStroke.sampleType, SampleType_Continuous);
   EXPECT_LT(r->currentStroke.handPoints.size(), 30u);
   EXPECT_GE(r->currentStroke.handPoints.size(), 9u);
-  EXPECT_EQ(r->currentStroke.headStart.timestamp, r->currentStroke.headPoints.front().timestamp);
+  // The window is read against the head pose of its own first point.
+  EXPECT_GT(r->currentStroke.headStart.position.x, 0.0);
+  EXPECT_EQ(r->currentStroke.headStart.position.x, r->currentStroke.headPoints.front().position.x);
 
   const double nanHead[3] = {NAN, 0, 0};
-  EXPECT_EQ(r->contdIdentify(nanHead, kHeadQ, &similarity), ReturnCode_InvalidParameter);
+  EXPECT_EQ(r->contdIdentify(nanHead, kHeadQ, nullptr), ReturnCode_InvalidParameter);
   r->loadingState = kJobRunning;
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, &similarity), ReturnCode_LoadingInProgress);
+  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_LoadingInProgress);
   r->loadingState = kJobIdle;
   EXPECT_TRUE(r->isStrokeStarted());
 
   // An old window loses all its points: -7 until new points come.
   for (auto& point : r->currentStroke.handPoints) point.timestamp -= 5000;
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, &similarity), ReturnCode_StrokeTooShort);
+  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_StrokeTooShort);
   EXPECT_TRUE(r->currentStroke.handPoints.empty());
   double p[2], s[2];
   int n = 2;
@@ -117,29 +114,22 @@ TEST_F(ContinuousTest, WindowIsPrunedAndTheStrokeStaysOpen) {
 }
 
 TEST_F(ContinuousTest, IdentifiesTheRunningMotionByItsSamples) {
+  recordSet(3);
+  // Windows are read as continuous samples, which start at their own extreme point; the stored
+  // samples are marked the same way, as continuous recording would have made them.
   for (int g = 0; g < 3; ++g) {
-    ASSERT_EQ(r->createGesture("g", nullptr), g);
-    for (int s = 0; s < 3; ++s) {
-      ASSERT_EQ(recordShape(*r, g, g, rng), g);
-      // Windows are read as continuous samples, which start at their own extreme point; the
-      // stored samples are marked the same way, as continuous recording would have made them.
-      ASSERT_EQ(r->setGestureSampleType(g, s, SampleType_Continuous), 0);
-    }
+    for (int s = 0; s < 3; ++s) ASSERT_EQ(r->setGestureSampleType(g, s, SampleType_Continuous), 0);
   }
   r->contdIdentificationSmoothing = 0;
   for (int shape = 0; shape < 3; ++shape) {
     performShape(*r, shape, -1, rng);
-    double similarity = 0.0;
-    double pos[3] = {0, 0, 0};
-    EXPECT_EQ(r->contdIdentifyAndGetStroke(kHeadP, kHeadQ, &similarity, pos, nullptr, nullptr, nullptr, nullptr),
-              shape);
+    double pos[3] = {0, 0, 0}, p[3], s[3];
+    EXPECT_EQ(r->contdIdentifyAndGetStroke(kHeadP, kHeadQ, nullptr, pos, nullptr, nullptr, nullptr, nullptr), shape);
     EXPECT_NEAR(pos[1], 1.4, 0.15);
-    double p[3], s[3];
     int n = 3;
     EXPECT_EQ(r->contdIdentifyAndGetAllProbabilitiesAndSimilarities(kHeadP, kHeadQ, p, s, &n), shape);
     EXPECT_EQ(n, 3);
   }
-  r->cancelStroke();
 }
 
 TEST_F(ContinuousTest, RecordingStoresWindowsAsContinuousSamples) {
@@ -155,13 +145,12 @@ TEST_F(ContinuousTest, RecordingStoresWindowsAsContinuousSamples) {
   // Identification calls with a target store every tenth call once the window is 90% full.
   for (int call = 1; call <= 9; ++call) EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), 0);
   EXPECT_EQ(r->getGestureNumberOfSamples(0), 1);
-  EXPECT_EQ(r->contdRecordCountdown, 1);
   EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), 0);
   EXPECT_EQ(r->getGestureNumberOfSamples(0), 2);
   EXPECT_EQ(r->contdRecordCountdown, 10);
 
   // A window shorter than 90% of the period stores nothing and does not count down.
-  runningStroke(20, 300, 0);
+  runningStroke(20, 700, 0);
   EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), 0);
   EXPECT_EQ(r->contdRecordCountdown, 10);
   r->savingState = kJobRunning;
@@ -173,19 +162,15 @@ TEST_F(ContinuousTest, RecordingStoresWindowsAsContinuousSamples) {
 TEST_F(ContinuousTest, MeanStrokeReadsTheStatisticsRow) {
   EXPECT_EQ(r->getGestureMeanLength(5), 16);
   ASSERT_EQ(r->createGesture("g", nullptr), 0);
-  double positions[20][3];
-  double rotations[20][4];
-  double strokeP[3] = {0, 0, 0};
-  double strokeQ[4] = {0, 0, 0, 0};
-  double scale = 0;
+  double positions[20][3], rotations[20][4], strokeP[3] = {0, 0, 0}, strokeQ[4] = {0, 0, 0, 0}, scale = 0;
   EXPECT_EQ(r->getGestureMeanStroke(0, positions, rotations, 20, strokeP, strokeQ, &scale), 0);
 
   GestureModel& m = r->gestureModel;
   std::vector<double> mean(120);
   for (size_t i = 0; i < mean.size(); ++i) mean[i] = 0.01 * static_cast<double>(i);
-  mean[112] = 0.5, mean[113] = 0.5, mean[114] = 0.5, mean[115] = 0.5;  // header quaternion
-  mean[116] = 1.0;                                                     // centroid x
-  mean[119] = 0.3;                                                     // radius
+  mean[112] = mean[113] = mean[114] = mean[115] = 0.5;  // header quaternion
+  mean[116] = 1.0;                                      // centroid x
+  mean[119] = 0.3;                                      // radius
   m.gestureMeans = {mean};
   m.parameters.featureScaleA = 0.5;
   m.parameters.featureScaleB = 2.0;
@@ -210,11 +195,8 @@ TEST_F(ContinuousTest, MeanStrokeReadsTheStatisticsRow) {
 }
 
 TEST_F(ContinuousTest, SelfTestPassesReplayButFindsTheSharedHeldBackSamples) {
+  recordSet(2);
   // Replay of a set whose stored score disagrees with its hit rate fails at once.
-  for (int g = 0; g < 2; ++g) {
-    ASSERT_EQ(r->createGesture("g", nullptr), g);
-    for (int s = 0; s < 3; ++s) ASSERT_EQ(recordShape(*r, g, g, rng), g);
-  }
   r->gestureModel.recognitionScore = 0.5;
   EXPECT_EQ(r->selfTest(), ReturnCode_Failed);
   // With a fitting score the replay passes; the split then meets the held-back samples twice.

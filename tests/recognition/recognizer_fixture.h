@@ -38,9 +38,21 @@ inline void performShape(IGestureRecognition& r, int shape, int recordAs, std::m
   }
 }
 
+// The end forms with every optional output left out.
+inline int endStroke(IGestureRecognition& r) { return r.endStroke(nullptr, nullptr, nullptr, nullptr, nullptr); }
+inline int endWithSimilarity(IGestureRecognition& r, double* s) {
+  return r.endStrokeAndGetSimilarity(s, nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+inline int endWithProbabilities(IGestureRecognition& r, double* p, int* n) {
+  return r.endStrokeAndGetAllProbabilities(p, n, nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+inline int endWithSimilarities(IGestureRecognition& r, double* p, double* s, int* n) {
+  return r.endStrokeAndGetAllProbabilitiesAndSimilarities(p, s, n, nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
 inline int recordShape(IGestureRecognition& r, int shape, int gesture, std::mt19937& rng) {
   performShape(r, shape, gesture, rng);
-  return r.endStroke(nullptr, nullptr, nullptr, nullptr, nullptr);
+  return endStroke(r);
 }
 
 }  // namespace testing_support
