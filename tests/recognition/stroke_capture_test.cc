@@ -75,6 +75,8 @@ TEST_F(StrokeCaptureTest, RecordingStoresADeepCopyOfEveryPoseForm) {
   EXPECT_EQ(endStroke(*r), 0);
   EXPECT_EQ(handCount(), 0u);
   EXPECT_EQ(s.handPoints.capacity(), capacity);
+  ASSERT_EQ(r->startStroke(kHeadP, kHeadQ, -1), 0);  // a new start keeps the capacity too
+  EXPECT_EQ(s.handPoints.capacity(), capacity);
   ASSERT_EQ(samples(), 1);
   const std::vector<StrokePoint>& stored = r->gestureModel.gestures[0]->gestureSamples[0]->handPoints;
   ASSERT_EQ(stored.size(), 5u);
