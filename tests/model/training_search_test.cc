@@ -71,7 +71,9 @@ TEST(TrainingSearchTest, PinnedSettingsAreNeverMoved) {
       const GestureModel& model = host.gestureModel;
       // Several candidates ran (one update each at least), unless a lucky first one scored
       // perfectly and ended the run at once.
-      if (model.recognitionScore < 0.9999999999) EXPECT_GT(host.updates.size(), 4u);
+      if (model.recognitionScore < 0.9999999999) {
+        EXPECT_GT(host.updates.size(), 4u);
+      }
       ASSERT_EQ(model.weights.size(), static_cast<size_t>(c.layers + 1));
       EXPECT_EQ(model.weights[0].cols(), c.nodes);
       EXPECT_EQ(model.parameters.waypointCount, c.waypoints);
