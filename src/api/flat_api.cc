@@ -3,6 +3,7 @@
 // exceptions from crossing into a host: an int result becomes -14, a pointer null, a count 0.
 #include <new>
 
+#include "api/flat_forwarding.h"
 #include "zando/zando.h"
 
 namespace {
@@ -12,36 +13,19 @@ using DefaultMetadata = IGestureRecognition::DefaultMetadata;
 
 IGestureRecognition* self(void* handle) { return static_cast<IGestureRecognition*>(handle); }
 
-// Operations with a return code: a null handle is an invalid parameter, an exception a
-// resource error.
 template <typename F>
 int code(void* handle, F&& operation) {
-  if (handle == nullptr) return ReturnCode_InvalidParameter;
-  try {
-    return operation(self(handle));
-  } catch (...) {
-    return ReturnCode_ResourceError;
-  }
+  return zando::forwardCode<IGestureRecognition>(handle, operation);
 }
 
-// Operations that return a value, a pointer or a count: failures give the fallback.
 template <typename R, typename F>
 R value(void* handle, R fallback, F&& operation) {
-  if (handle == nullptr) return fallback;
-  try {
-    return operation(self(handle));
-  } catch (...) {
-    return fallback;
-  }
+  return zando::forwardValue<IGestureRecognition>(handle, fallback, operation);
 }
 
 template <typename F>
 void apply(void* handle, F&& operation) {
-  if (handle == nullptr) return;
-  try {
-    operation(self(handle));
-  } catch (...) {
-  }
+  zando::forwardApply<IGestureRecognition>(handle, operation);
 }
 
 Metadata* asMetadata(void* handle) { return static_cast<Metadata*>(handle); }

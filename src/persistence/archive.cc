@@ -44,16 +44,17 @@ bool readMember(zip_t* archive, const char* member, std::string& content) {
 
 }  // namespace
 
-bool writeArchiveMember(const char* path, const char* member, const std::string& content) {
-  int error = 0;
-  zip_t* archive = zip_open(path, ZIP_CREATE | ZIP_TRUNCATE, &error);
-  if (archive == nullptr) return false;
+namespace {
+
+// Adds one member, deflated at level 6, and writes the archive out. False if anything failed;
+// the archive handle is gone either way.
+bool addMemberAndClose(zip_t* archive, const char* member, const std::string& content) {
   zip_source_t* source = zip_source_buffer(archive, content.data(), content.size(), 0);
   if (source == nullptr) {
     zip_discard(archive);
     return false;
   }
-  const zip_int64_t index = zip_file_add(archive, member, source, ZIP_FL_ENC_UTF_8);
+  const zip_int64_t index = zip_file_add(archive, member, source, ZIP_FL_ENC_UTF_8 | ZIP_FL_OVERWRITE);
   if (index < 0) {
     zip_source_free(source);
     zip_discard(archive);
@@ -62,10 +63,29 @@ bool writeArchiveMember(const char* path, const char* member, const std::string&
   if (zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), ZIP_CM_DEFLATE, 6) != 0 ||
       zip_close(archive) != 0) {
     zip_discard(archive);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool writeArchiveMember(const char* path, const char* member, const std::string& content) {
+  int error = 0;
+  zip_t* archive = zip_open(path, ZIP_CREATE | ZIP_TRUNCATE, &error);
+  if (archive == nullptr) return false;
+  if (!addMemberAndClose(archive, member, content)) {
     std::remove(path);
     return false;
   }
   return true;
+}
+
+bool appendArchiveMember(const char* path, const char* member, const std::string& content) {
+  int error = 0;
+  zip_t* archive = zip_open(path, ZIP_CREATE, &error);
+  if (archive == nullptr) return false;
+  return addMemberAndClose(archive, member, content);
 }
 
 bool readArchiveMember(const char* path, const char* member, std::string& content) {

@@ -14,6 +14,10 @@ extern const char* const kDatabaseMember;
 // could not be written; a partly written file is removed again.
 bool writeArchiveMember(const char* path, const char* member, const std::string& content);
 
+// Adds a member to the archive at path in place, creating the archive if there is none; members
+// already there stay. False if it could not be written; the archive is then as it was.
+bool appendArchiveMember(const char* path, const char* member, const std::string& content);
+
 // Extracts a member of the archive at path. False if path is no archive, lacks the member, or
 // the member is empty or too large for a signed 32-bit size.
 bool readArchiveMember(const char* path, const char* member, std::string& content);

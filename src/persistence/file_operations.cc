@@ -8,6 +8,7 @@
 #include <string>
 
 #include "persistence/archive.h"
+#include "persistence/background_job.h"
 #include "persistence/database_format.h"
 #include "recognition/gesture_recognition.h"
 
@@ -29,27 +30,6 @@ void forwardLoadProgress(int percent, void* context) {
   }
 }
 
-// The blocking operations are also the bodies of the asynchronous jobs: a worker enters with its
-// state at "requested", which the entry moves to "running"; whatever the result, a job that was
-// let in ends "finished". A job already running (or being cancelled) refuses a second entry.
-class JobEntry {
- public:
-  explicit JobEntry(std::atomic<int>& state) : state_(state) {
-    int expected = kJobRequested;
-    entered_ = state_.compare_exchange_strong(expected, kJobRunning);
-    busy_ = !entered_ && (expected == kJobRunning || expected == kJobStopRequested);
-  }
-  ~JobEntry() {
-    if (entered_) state_.store(kJobFinished);
-  }
-  bool busy() const { return busy_; }
-
- private:
-  std::atomic<int>& state_;
-  bool entered_ = false;
-  bool busy_ = false;
-};
-
 Stroke* copyStroke(const Stroke& stroke) { return new Stroke(stroke); }
 
 }  // namespace
@@ -59,7 +39,7 @@ Stroke* copyStroke(const Stroke& stroke) { return new Stroke(stroke); }
 int GestureRecognition::saveToFile(const char* path) {
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (isLoading()) return ReturnCode_LoadingInProgress;
-  JobEntry job(savingState);
+  FinishingJobEntry job(savingState);
   if (job.busy()) return ReturnCode_LoadingInProgress;  // -15 here, not -17, as hosts expect
   if (path == nullptr || path[0] == '\0') return ReturnCode_InvalidPath;
   copyFrameToModel();
@@ -129,7 +109,7 @@ int readFromBuffer(GestureModel& model, const char* data, int size,
 int GestureRecognition::loadFromFile(const char* path, MetadataCreatorFunction metadataCreator) {
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (isSaving()) return ReturnCode_SavingInProgress;
-  JobEntry job(loadingState);
+  FinishingJobEntry job(loadingState);
   if (job.busy()) return ReturnCode_LoadingInProgress;
   if (path == nullptr || path[0] == '\0') return ReturnCode_InvalidPath;
   gestureModel.loadProgress = &forwardLoadProgress;
@@ -142,7 +122,7 @@ int GestureRecognition::loadFromFile(const char* path, MetadataCreatorFunction m
 int GestureRecognition::loadFromBuffer(const char* buffer, int size, MetadataCreatorFunction metadataCreator) {
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (isSaving()) return ReturnCode_SavingInProgress;
-  JobEntry job(loadingState);
+  FinishingJobEntry job(loadingState);
   if (job.busy()) return ReturnCode_LoadingInProgress;
   if (buffer == nullptr || size < 0) return ReturnCode_InvalidParameter;
   gestureModel.loadProgress = &forwardLoadProgress;

@@ -157,6 +157,8 @@ class GestureRecognition : public IGestureRecognition {
   void copyFrameFromModel();
   // Replaces a raw continuous result by the winner over the recent history.
   void smoothContdResult(int& gesture, double& similarity);
+  // Returns once no background thread of this object can touch it any more.
+  void waitForWorkers();
 
   // ---- State, in declaration order behind the interface members ----
   bool strokeStarted = false;
@@ -199,7 +201,6 @@ class GestureRecognition : public IGestureRecognition {
   int contdWindow(const double headPosition[3], const double headRotation[4], int64_t* now);
 
   int beginStroke(const StrokePoint& head, int gestureId);
-  void waitForWorkers();
 };
 
 }  // namespace zando

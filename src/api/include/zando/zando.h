@@ -274,6 +274,198 @@ class ZANDO_API IGestureRecognition {
 
 typedef IGestureRecognition::Metadata* (*GestureRecognition_MetadataCreatorFunction)();
 
+/* Several recognisers driven as one object, one part for each hand (or hand and head), with
+ * combinations that name one gesture for each part. Create objects with IGestureCombinations::create
+ * or GestureCombinations_create and delete them with delete or GestureCombinations_delete.
+ * Operations that name a part take its index first; a bad index gives -2 unless noted. */
+class ZANDO_API IGestureCombinations {
+ public:
+  using Metadata = IGestureRecognition::Metadata;
+  using MetadataCreatorFunction = IGestureRecognition::MetadataCreatorFunction;
+
+  /* Public settings, read and written by the plain accessors of the flat face. */
+  int maxTrainingTime;  /* seconds, handed to every part when training starts */
+  GestureRecognition_TrainingCallbackFunction trainingUpdateCallback;  /* mean best score of all parts */
+  void* trainingUpdateCallbackMetadata;
+  GestureRecognition_TrainingCallbackFunction trainingFinishCallback;  /* the combinations' score */
+  void* trainingFinishCallbackMetadata;
+  int rotationalFrameOfReferenceX;  /* copied into a part whenever it starts a stroke */
+  int rotationalFrameOfReferenceY;
+  int rotationalFrameOfReferenceZ;
+  int rotationalFrameOfReferenceRotationOrder;
+
+  IGestureCombinations();
+  IGestureCombinations(const IGestureCombinations& other);
+  IGestureCombinations& operator=(const IGestureCombinations& other);
+  virtual ~IGestureCombinations();
+
+  /* ---- Parts ---- */
+  virtual int numberOfParts() = 0;
+  /* false for a bad index. */
+  virtual bool getPartEnabled(int part) = 0;
+  /* Disabled parts neither train nor count in identification; -18 for a bad index. */
+  virtual int setPartEnabled(int part, bool enabled) = 0;
+
+  /* ---- Strokes, forwarded to one part ---- */
+  /* -2, -14 (part missing), then -8, -15, and -17 when recording (gesture >= 0). */
+  virtual int startStroke(int part, const double headPosition[3], const double headRotation[4], int gesture) = 0;
+  virtual int startStrokeM(int part, const double headMatrix[4][4], int gesture) = 0;
+  /* The head pose for all parts; always 0. */
+  virtual int updateHeadPositionM(const double headMatrix[4][4]) = 0;
+  virtual int updateHeadPositionQ(const double headPosition[3], const double headRotation[4]) = 0;
+  virtual int contdStroke(int part, const double handPosition[3]) = 0;
+  virtual int contdStrokeQ(int part, const double handPosition[3], const double handRotation[4]) = 0;
+  virtual int contdStrokeE(int part, const double handPosition[3], const double handEuler[3]) = 0;
+  virtual int contdStrokeM(int part, const double handMatrix[4][4]) = 0;
+  /* Ends the part's stroke and keeps its result for identifyGestureCombination; 0 or a code. */
+  virtual int endStroke(int part, double pos[3], double* scale, double dir0[3], double dir1[3], double dir2[3]) = 0;
+  /* The part's last probabilities and similarities; *count is the room in, the number out.
+   * -18, -2, -14, or -13 when the part has no fresh result. */
+  virtual int getPartProbabilitiesAndSimilarities(int part, double* probabilities, double* similarities,
+                                                  int* count) = 0;
+  virtual bool isStrokeStarted(int part) = 0;
+  virtual int pruneStroke(int part, int maxPoints, int maxAgeMs) = 0;
+  virtual int cancelStroke(int part) = 0;
+
+  /* ---- Combinations identified ---- */
+  /* Picks the combination that fits the parts' finished strokes best; each result is used once.
+   * Per-part outputs have room for one double per part. -9 no combinations, -13 a stroke still
+   * runs, -14 a part is missing, -1 nothing fits. */
+  virtual int identifyGestureCombination(double* probability, double* similarity, double* partProbabilities,
+                                         double* partSimilarities) = 0;
+  /* The same over the running strokes of all parts (parts without a stroke are passed over). */
+  virtual int contdIdentify(const double headPosition[3], const double headRotation[4], double* similarity,
+                            double* partProbabilities, double* partSimilarities) = 0;
+  virtual int contdIdentifyM(const double headMatrix[4][4], double* similarity, double* partProbabilities,
+                             double* partSimilarities) = 0;
+  /* Where the part's last continuous window was; -18 bad part, -7 none yet. */
+  virtual int contdIdentifyGetLastStrokeInfo(int part, double pos[3], double* scale, double dir0[3],
+                                             double dir1[3], double dir2[3]) = 0;
+  /* Stores the windows of all parts that record; 0 or the first non-zero part result. */
+  virtual int contdRecord(const double headPosition[3], const double headRotation[4]) = 0;
+  virtual int contdRecordM(const double headMatrix[4][4]) = 0;
+  /* The same for one part; -18 bad part, -14 part missing. */
+  virtual int contdRecordPart(int part, const double headPosition[3], const double headRotation[4]) = 0;
+  virtual int contdRecordPartM(int part, const double headMatrix[4][4]) = 0;
+  virtual int getContdIdentificationPeriod(int part) = 0;
+  virtual int setContdIdentificationPeriod(int part, int ms) = 0;
+  virtual int getContdIdentificationSmoothing(int part) = 0;
+  virtual int setContdIdentificationSmoothing(int part, int samples) = 0;
+
+  /* ---- Gesture stores of the parts ---- */
+  virtual int numberOfGestures(int part) = 0;
+  /* Combination entries follow: the deleted gesture becomes -1, later ones move down. */
+  virtual int deleteGesture(int part, int index) = 0;
+  virtual int deleteAllGestures(int part) = 0;
+  virtual int createGesture(int part, const char* name, Metadata* metadata) = 0;
+  /* Replays the samples of one gesture into another part (toGesture < 0 creates one), mirrored
+   * about the X (1), Y (2) or Z (4) axis or not (0); returns the target gesture, or 0 when there
+   * is nothing to copy. -18 for another axis value. */
+  virtual int copyGesture(int fromPart, int fromGesture, int toPart, int toGesture, int mirrorAxis) = 0;
+  /* The part's stored score; -2.0 or -14.0 on failure. */
+  virtual double gestureRecognitionScore(int part) = 0;
+  virtual const char* getGestureName(int part, int index) = 0;
+  virtual int getGestureNameLength(int part, int index) = 0;
+  virtual int copyGestureName(int part, int index, char* buffer, int bufferSize) = 0;
+  virtual Metadata* getGestureMetadata(int part, int index) = 0;
+  virtual bool getGestureEnabled(int part, int index) = 0;
+  virtual int getGestureNumberOfSamples(int part, int index) = 0;
+  virtual int getGestureSampleType(int part, int gestureIndex, int sampleIndex) = 0;
+  virtual int setGestureSampleType(int part, int gestureIndex, int sampleIndex, int sampleType) = 0;
+  virtual int getGestureSampleLength(int part, int gestureIndex, int sampleIndex, bool processed) = 0;
+  virtual int getGestureSampleStroke(int part, int gestureIndex, int sampleIndex, bool processed, int bufferSize,
+                                     double (*handPositions)[3], double (*handRotations)[4],
+                                     double (*headPositions)[3], double (*headRotations)[4]) = 0;
+  virtual int getGestureMeanLength(int part, int gestureIndex) = 0;
+  virtual int getGestureMeanStroke(int part, int gestureIndex, double (*positions)[3], double (*rotations)[4],
+                                   int bufferSize, double strokePosition[3], double strokeRotation[4],
+                                   double* scale) = 0;
+  virtual int deleteGestureSample(int part, int gestureIndex, int sampleIndex) = 0;
+  virtual int deleteAllGestureSamples(int part, int gestureIndex) = 0;
+  virtual int setGestureName(int part, int index, const char* name) = 0;
+  virtual int setGestureMetadata(int part, int index, Metadata* metadata) = 0;
+  virtual int setGestureEnabled(int part, int index, bool enabled) = 0;
+
+  /* ---- Persistence: one archive with the combinations and every part ---- */
+  virtual int saveToFile(const char* path) = 0;
+  /* Replaces all parts and combinations by those of the file. */
+  virtual int loadFromFile(const char* path, MetadataCreatorFunction metadataCreator) = 0;
+  virtual int loadFromBuffer(const char* buffer, int size, MetadataCreatorFunction metadataCreator) = 0;
+  /* Reads the older single-stream layouts. */
+  virtual int loadFromStream(std::istream* stream, MetadataCreatorFunction metadataCreator) = 0;
+  /* Merges a file with as many parts: gestures join by name, equal combinations by content. */
+  virtual int importFromFile(const char* path, MetadataCreatorFunction metadataCreator) = 0;
+  virtual int importFromBuffer(const char* buffer, int size, MetadataCreatorFunction metadataCreator) = 0;
+  virtual int importFromStream(std::istream* stream, MetadataCreatorFunction metadataCreator) = 0;
+  /* One part as a gesture database file. */
+  virtual int saveGestureToFile(int part, const char* path) = 0;
+  virtual int loadGestureFromFile(int part, const char* path, MetadataCreatorFunction metadataCreator) = 0;
+  virtual int loadGestureFromBuffer(int part, const char* buffer, int size,
+                                    MetadataCreatorFunction metadataCreator) = 0;
+  virtual int saveToFileAsync(const char* path) = 0;
+  virtual int setSavingUpdateCallbackFunction(GestureRecognition_IOCallbackFunction callback) = 0;
+  virtual int setSavingUpdateCallbackMetadata(void* metadata) = 0;
+  virtual int setSavingFinishCallbackFunction(GestureRecognition_IOCallbackFunction callback) = 0;
+  virtual int setSavingFinishCallbackMetadata(void* metadata) = 0;
+  virtual bool isSaving() = 0;
+  virtual int cancelSaving() = 0;
+  virtual int loadFromFileAsync(const char* path, MetadataCreatorFunction metadataCreator) = 0;
+  virtual int loadFromBufferAsync(const char* buffer, int size, MetadataCreatorFunction metadataCreator) = 0;
+  virtual int setLoadingUpdateCallbackFunction(GestureRecognition_IOCallbackFunction callback) = 0;
+  virtual int setLoadingUpdateCallbackMetadata(void* metadata) = 0;
+  virtual int setLoadingFinishCallbackFunction(GestureRecognition_IOCallbackFunction callback) = 0;
+  virtual int setLoadingFinishCallbackMetadata(void* metadata) = 0;
+  virtual bool isLoading() = 0;
+  virtual int cancelLoading() = 0;
+
+  /* ---- Combination records ---- */
+  virtual int numberOfGestureCombinations() = 0;
+  virtual int deleteGestureCombination(int combination) = 0;
+  virtual int deleteAllGestureCombinations() = 0;
+  /* A new combination in which every part must stay idle; returns its index. */
+  virtual int createGestureCombination(const char* name) = 0;
+  /* gesture -1: the part must do nothing. */
+  virtual int setCombinationPartGesture(int combination, int part, int gesture) = 0;
+  virtual int getCombinationPartGesture(int combination, int part) = 0;
+  virtual const char* getGestureCombinationName(int combination) = 0;
+  virtual int getGestureCombinationNameLength(int combination) = 0;
+  virtual int copyGestureCombinationName(int combination, char* buffer, int bufferSize) = 0;
+  virtual int setGestureCombinationName(int combination, const char* name) = 0;
+  virtual Metadata* getGestureCombinationMetadata(int combination) = 0;
+  virtual int setGestureCombinationMetadata(int combination, Metadata* metadata) = 0;
+
+  /* ---- Training of all parts ---- */
+  virtual int getTrainingParameter(int id) = 0;
+  virtual int setTrainingParameter(int id, int value) = 0;
+  /* Starts every enabled part; at most getMaxTrainingThreads() compute at once. 0, -8, -15, -17,
+   * -9 (no enabled part) or a part's code. */
+  virtual int startTraining() = 0;
+  virtual bool isTraining() = 0;
+  virtual int stopTraining() = 0;
+  /* The share of combinations recognised when samples are replayed; -8.0 while training. */
+  virtual double recognitionScore() = 0;
+  virtual int getMaxTrainingTime() = 0;
+  virtual void setMaxTrainingTime(int seconds) = 0;
+  virtual int getMaxTrainingThreads() = 0;
+  /* 0 or below: no limit. */
+  virtual void setMaxTrainingThreads(int threads) = 0;
+
+  /* ---- Settings and metadata ---- */
+  virtual int setUpdateHeadPositionPolicy(int part, int policy) = 0;
+  virtual int getUpdateHeadPositionPolicy(int part) = 0;
+  virtual int setMetadata(Metadata* metadata) = 0;
+  virtual Metadata* getMetadata() = 0;
+  /* The first non-zero selfTest result of the parts, else 0. Not exported as a flat function. */
+  virtual int selfTest() = 0;
+
+  /* ---- Static functions ---- */
+  /* A new object with that many parts (none for a number below 1). */
+  static IGestureCombinations* create(int numberOfParts);
+  static const char* getVersionString();
+  static int getVersionStringLength();
+  static int copyVersionString(char* dst, int dstSize);
+};
+
 extern "C" {
 #else
 typedef void* (*GestureRecognition_MetadataCreatorFunction)(void);
@@ -419,6 +611,142 @@ ZANDO_API int GestureRecognition_getDefaultMetadataSize(void* metadata);
 /* 0, or -14 if memory could not be had (the object is then empty). */
 ZANDO_API int GestureRecognition_setDefaultMetadataData(void* metadata, const void* data, int size);
 
+/* ---- Combinations: several recognisers as parts of one object ---- */
+/* A new object with that many parts, or null if memory could not be had. */
+ZANDO_API void* GestureCombinations_create(int number_of_parts);
+/* Deletes the object after cancelling its background jobs and stopping its training; null does nothing. */
+ZANDO_API void GestureCombinations_delete(void* gco);
+ZANDO_API const char* GestureCombinations_getVersionString(void);
+ZANDO_API int GestureCombinations_getVersionStringLength(void);
+ZANDO_API int GestureCombinations_copyVersionString(char* dst, int dst_size);
+ZANDO_API int GestureCombinations_numberOfParts(void* gco);
+ZANDO_API int GestureCombinations_getPartEnabled(void* gco, int part);
+ZANDO_API int GestureCombinations_setPartEnabled(void* gco, int part, int enabled);
+
+ZANDO_API int GestureCombinations_startStroke(void* gco, int part, const double hmd_p[3], const double hmd_q[4], int record_as_sample);
+ZANDO_API int GestureCombinations_startStrokeM(void* gco, int part, const double hmd[4][4], int record_as_sample);
+ZANDO_API int GestureCombinations_updateHeadPositionM(void* gco, const double hmd[4][4]);
+ZANDO_API int GestureCombinations_updateHeadPositionQ(void* gco, const double hmd_p[3], const double hmd_q[4]);
+ZANDO_API int GestureCombinations_contdStroke(void* gco, int part, const double p[3]);
+ZANDO_API int GestureCombinations_contdStrokeQ(void* gco, int part, const double p[3], const double q[4]);
+ZANDO_API int GestureCombinations_contdStrokeE(void* gco, int part, const double p[3], const double r[3]);
+ZANDO_API int GestureCombinations_contdStrokeM(void* gco, int part, const double m[4][4]);
+ZANDO_API int GestureCombinations_endStroke(void* gco, int part, double pos[3], double* scale, double dir0[3], double dir1[3], double dir2[3]);
+ZANDO_API int GestureCombinations_getPartProbabilitiesAndSimilarities(void* gco, int part, double* p, double* s, int* n);
+ZANDO_API int GestureCombinations_isStrokeStarted(void* gco, int part);
+ZANDO_API int GestureCombinations_pruneStroke(void* gco, int part, int max_points, int max_age_ms);
+ZANDO_API int GestureCombinations_cancelStroke(void* gco, int part);
+
+ZANDO_API int GestureCombinations_identifyGestureCombination(void* gco, double* probability, double* similarity, double* part_probabilities, double* part_similarities);
+ZANDO_API int GestureCombinations_contdIdentify(void* gco, const double hmd_p[3], const double hmd_q[4], double* similarity, double* part_probabilities, double* part_similarities);
+ZANDO_API int GestureCombinations_contdIdentifyM(void* gco, const double hmd[4][4], double* similarity, double* part_probabilities, double* part_similarities);
+ZANDO_API int GestureCombinations_contdIdentifyGetLastStrokeInfo(void* gco, int part, double pos[3], double* scale, double dir0[3], double dir1[3], double dir2[3]);
+ZANDO_API int GestureCombinations_contdRecord(void* gco, const double hmd_p[3], const double hmd_q[4]);
+ZANDO_API int GestureCombinations_contdRecordM(void* gco, const double hmd[4][4]);
+ZANDO_API int GestureCombinations_contdRecordPart(void* gco, int part, const double hmd_p[3], const double hmd_q[4]);
+ZANDO_API int GestureCombinations_contdRecordPartM(void* gco, int part, const double hmd[4][4]);
+ZANDO_API int GestureCombinations_getContdIdentificationPeriod(void* gco, int part);
+ZANDO_API int GestureCombinations_setContdIdentificationPeriod(void* gco, int part, int ms);
+ZANDO_API int GestureCombinations_getContdIdentificationSmoothing(void* gco, int part);
+ZANDO_API int GestureCombinations_setContdIdentificationSmoothing(void* gco, int part, int samples);
+
+ZANDO_API int GestureCombinations_numberOfGestures(void* gco, int part);
+ZANDO_API int GestureCombinations_deleteGesture(void* gco, int part, int index);
+ZANDO_API int GestureCombinations_deleteAllGestures(void* gco, int part);
+ZANDO_API int GestureCombinations_createGesture(void* gco, int part, const char* name, void* metadata);
+ZANDO_API int GestureCombinations_copyGesture(void* gco, int from_part, int from_gesture, int to_part, int to_gesture, int mirror_axis);
+ZANDO_API double GestureCombinations_gestureRecognitionScore(void* gco, int part);
+ZANDO_API const char* GestureCombinations_getGestureName(void* gco, int part, int index);
+ZANDO_API int GestureCombinations_getGestureNameLength(void* gco, int part, int index);
+ZANDO_API int GestureCombinations_copyGestureName(void* gco, int part, int index, char* buf, int buflen);
+ZANDO_API void* GestureCombinations_getGestureMetadata(void* gco, int part, int index);
+ZANDO_API int GestureCombinations_getGestureEnabled(void* gco, int part, int index);
+ZANDO_API int GestureCombinations_getGestureNumberOfSamples(void* gco, int part, int index);
+ZANDO_API int GestureCombinations_getGestureSampleType(void* gco, int part, int gesture_index, int sample_index);
+ZANDO_API int GestureCombinations_setGestureSampleType(void* gco, int part, int gesture_index, int sample_index, int sample_type);
+ZANDO_API int GestureCombinations_getGestureSampleLength(void* gco, int part, int gesture_index, int sample_index, int processed);
+ZANDO_API int GestureCombinations_getGestureSampleStroke(void* gco, int part, int gesture_index, int sample_index, int processed, int stroke_buf_size, double (*hands_p)[3], double (*hands_q)[4], double (*hmd_p)[3], double (*hmd_q)[4]);
+ZANDO_API int GestureCombinations_getGestureMeanLength(void* gco, int part, int gesture_index);
+ZANDO_API int GestureCombinations_getGestureMeanStroke(void* gco, int part, int gesture_index, double (*p)[3], double (*q)[4], int stroke_buf_size, double stroke_p[3], double stroke_q[4], double* stroke_scale);
+ZANDO_API int GestureCombinations_deleteGestureSample(void* gco, int part, int gesture_index, int sample_index);
+ZANDO_API int GestureCombinations_deleteAllGestureSamples(void* gco, int part, int gesture_index);
+ZANDO_API int GestureCombinations_setGestureName(void* gco, int part, int index, const char* name);
+ZANDO_API int GestureCombinations_setGestureMetadata(void* gco, int part, int index, void* metadata);
+ZANDO_API int GestureCombinations_setGestureEnabled(void* gco, int part, int index, int enabled);
+
+ZANDO_API int GestureCombinations_saveToFile(void* gco, const char* path);
+ZANDO_API int GestureCombinations_loadFromFile(void* gco, const char* path, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_loadFromBuffer(void* gco, const char* buffer, int size, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_importFromFile(void* gco, const char* path, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_importFromBuffer(void* gco, const char* buffer, int size, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_saveGestureToFile(void* gco, int part, const char* path);
+ZANDO_API int GestureCombinations_loadGestureFromFile(void* gco, int part, const char* path, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_loadGestureFromBuffer(void* gco, int part, const char* buffer, int size, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_saveToFileAsync(void* gco, const char* path);
+ZANDO_API int GestureCombinations_setSavingUpdateCallbackFunction(void* gco, GestureRecognition_IOCallbackFunction callback);
+ZANDO_API int GestureCombinations_setSavingUpdateCallbackMetadata(void* gco, void* metadata);
+ZANDO_API int GestureCombinations_setSavingFinishCallbackFunction(void* gco, GestureRecognition_IOCallbackFunction callback);
+ZANDO_API int GestureCombinations_setSavingFinishCallbackMetadata(void* gco, void* metadata);
+ZANDO_API int GestureCombinations_isSaving(void* gco);
+ZANDO_API int GestureCombinations_cancelSaving(void* gco);
+ZANDO_API int GestureCombinations_loadFromFileAsync(void* gco, const char* path, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_loadFromBufferAsync(void* gco, const char* buffer, int size, GestureRecognition_MetadataCreatorFunction createMetadata);
+ZANDO_API int GestureCombinations_setLoadingUpdateCallbackFunction(void* gco, GestureRecognition_IOCallbackFunction callback);
+ZANDO_API int GestureCombinations_setLoadingUpdateCallbackMetadata(void* gco, void* metadata);
+ZANDO_API int GestureCombinations_setLoadingFinishCallbackFunction(void* gco, GestureRecognition_IOCallbackFunction callback);
+ZANDO_API int GestureCombinations_setLoadingFinishCallbackMetadata(void* gco, void* metadata);
+ZANDO_API int GestureCombinations_isLoading(void* gco);
+ZANDO_API int GestureCombinations_cancelLoading(void* gco);
+
+ZANDO_API int GestureCombinations_numberOfGestureCombinations(void* gco);
+ZANDO_API int GestureCombinations_deleteGestureCombination(void* gco, int combination);
+ZANDO_API int GestureCombinations_deleteAllGestureCombinations(void* gco);
+ZANDO_API int GestureCombinations_createGestureCombination(void* gco, const char* name);
+ZANDO_API int GestureCombinations_setCombinationPartGesture(void* gco, int combination, int part, int gesture);
+ZANDO_API int GestureCombinations_getCombinationPartGesture(void* gco, int combination, int part);
+ZANDO_API const char* GestureCombinations_getGestureCombinationName(void* gco, int combination);
+ZANDO_API int GestureCombinations_getGestureCombinationNameLength(void* gco, int combination);
+ZANDO_API int GestureCombinations_copyGestureCombinationName(void* gco, int combination, char* buf, int buflen);
+ZANDO_API int GestureCombinations_setGestureCombinationName(void* gco, int combination, const char* name);
+ZANDO_API void* GestureCombinations_getGestureCombinationMetadata(void* gco, int combination);
+ZANDO_API int GestureCombinations_setGestureCombinationMetadata(void* gco, int combination, void* metadata);
+
+ZANDO_API int GestureCombinations_getTrainingParameter(void* gco, int id);
+ZANDO_API int GestureCombinations_setTrainingParameter(void* gco, int id, int value);
+ZANDO_API int GestureCombinations_startTraining(void* gco);
+ZANDO_API int GestureCombinations_isTraining(void* gco);
+ZANDO_API int GestureCombinations_stopTraining(void* gco);
+ZANDO_API double GestureCombinations_recognitionScore(void* gco);
+ZANDO_API int GestureCombinations_getMaxTrainingTime(void* gco);
+ZANDO_API void GestureCombinations_setMaxTrainingTime(void* gco, int t);
+/* Answers the maximum training time, as GestureCombinations_getMaxTrainingTime does; the thread
+ * limit itself is read through IGestureCombinations::getMaxTrainingThreads. */
+ZANDO_API int GestureCombinations_getMaxTrainingThreads(void* gco);
+ZANDO_API void GestureCombinations_setMaxTrainingThreads(void* gco, int n);
+ZANDO_API void GestureCombinations_setTrainingUpdateCallback(void* gco, GestureRecognition_TrainingCallbackFunction cbf);
+ZANDO_API void GestureCombinations_setTrainingFinishCallback(void* gco, GestureRecognition_TrainingCallbackFunction cbf);
+ZANDO_API void GestureCombinations_setTrainingUpdateCallbackMetadata(void* gco, void* metadata);
+ZANDO_API void GestureCombinations_setTrainingFinishCallbackMetadata(void* gco, void* metadata);
+
+ZANDO_API int GestureCombinations_setUpdateHeadPositionPolicy(void* gco, int part, int policy);
+ZANDO_API int GestureCombinations_getUpdateHeadPositionPolicy(void* gco, int part);
+ZANDO_API int GestureCombinations_getIgnoreHeadRotationX(void* gco);
+ZANDO_API void GestureCombinations_setIgnoreHeadRotationX(void* gco, int on_off);
+ZANDO_API int GestureCombinations_getIgnoreHeadRotationY(void* gco);
+ZANDO_API void GestureCombinations_setIgnoreHeadRotationY(void* gco, int on_off);
+ZANDO_API int GestureCombinations_getIgnoreHeadRotationZ(void* gco);
+ZANDO_API void GestureCombinations_setIgnoreHeadRotationZ(void* gco, int on_off);
+ZANDO_API int GestureCombinations_getRotationalFrameOfReferenceX(void* gco);
+ZANDO_API void GestureCombinations_setRotationalFrameOfReferenceX(void* gco, int i);
+ZANDO_API int GestureCombinations_getRotationalFrameOfReferenceY(void* gco);
+ZANDO_API void GestureCombinations_setRotationalFrameOfReferenceY(void* gco, int i);
+ZANDO_API int GestureCombinations_getRotationalFrameOfReferenceZ(void* gco);
+ZANDO_API void GestureCombinations_setRotationalFrameOfReferenceZ(void* gco, int i);
+ZANDO_API int GestureCombinations_getRotationalFrameOfReferenceRotationOrder(void* gco);
+ZANDO_API void GestureCombinations_setRotationalFrameOfReferenceRotationOrder(void* gco, int i);
+ZANDO_API int GestureCombinations_setMetadata(void* gco, void* metadata);
+ZANDO_API void* GestureCombinations_getMetadata(void* gco);
+
 #ifdef __cplusplus
 } /* extern "C" */
 
@@ -426,6 +754,8 @@ ZANDO_API int GestureRecognition_setDefaultMetadataData(void* metadata, const vo
 extern "C" ZANDO_API int GestureRecognition_saveToStream(void* gro, std::ostream* stream);
 extern "C" ZANDO_API int GestureRecognition_loadFromStream(void* gro, std::istream* stream, GestureRecognition_MetadataCreatorFunction createMetadata);
 extern "C" ZANDO_API int GestureRecognition_importFromStream(void* gro, std::istream* stream, GestureRecognition_MetadataCreatorFunction createMetadata);
+extern "C" ZANDO_API int GestureCombinations_loadFromStream(void* gco, std::istream* stream, GestureRecognition_MetadataCreatorFunction createMetadata);
+extern "C" ZANDO_API int GestureCombinations_importFromStream(void* gco, std::istream* stream, GestureRecognition_MetadataCreatorFunction createMetadata);
 #endif
 
 #endif /* ZANDO_ZANDO_H */
