@@ -276,6 +276,9 @@ class GestureCombinations : public IGestureCombinations {
   // The choice among the combinations from the parts' fresh results, which it consumes.
   int selectCombination(double* probability, double* similarity, double* partProbabilitiesOut,
                         double* partSimilaritiesOut);
+  // The list member of an archive, from its opening to the score line: the parts are rebuilt
+  // empty, the combinations and the object's metadata and score read. 0 or a code.
+  int readCombinationText(std::istream& in, MetadataCreatorFunction creator);
   // identifyGestureCombination without the gate, for the score computation.
   int identifyAfterStrokes(double* probability, double* similarity, double* partProbabilitiesOut,
                            double* partSimilaritiesOut);
@@ -285,8 +288,6 @@ class GestureCombinations : public IGestureCombinations {
   using PartStreamSource = std::function<std::istream*(int part)>;
 
   void resetForLoad(int count);
-  // The list member of an archive, from its opening to the score line.
-  int readCombinationText(std::istream& in, MetadataCreatorFunction creator);
   int readCombinationsAndTail(std::istream& in, int version, MetadataCreatorFunction creator);
   // One part's database, its frame taken over by the object, and (withFlag) its enabled line.
   int loadPart(int index, std::istream& in, MetadataCreatorFunction creator, bool withFlag);

@@ -1,0 +1,382 @@
+// The combination file as a host meets it: the archive and its members, loading every layout,
+// imports that merge, the background forms, and damaged files of every version.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+#include <zip.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "combination_fixture.h"
+#include "persistence/archive.h"
+
+namespace zando {
+namespace {
+
+using namespace combination_testing;
+using Metadata = IGestureRecognition::Metadata;
+
+std::string scratchPath(const std::string& name) {
+  return ::testing::TempDir() + "zando_" + std::to_string(::getpid()) + "_" + name;
+}
+
+std::vector<std::string> archiveMembers(const std::string& path) {
+  int error = 0;
+  zip_t* archive = zip_open(path.c_str(), ZIP_RDONLY, &error);
+  std::vector<std::string> members;
+  zip_stat_t stat;
+  for (zip_uint64_t i = 0; archive != nullptr && zip_stat_index(archive, i, 0, &stat) == 0; ++i) {
+    members.push_back(std::string(stat.name) + (stat.comp_method == ZIP_CM_DEFLATE ? " deflated" : " stored"));
+  }
+  if (archive != nullptr) zip_discard(archive);
+  return members;
+}
+
+std::string member(const std::string& path, const char* name) {
+  std::string text;
+  readArchiveMember(path.c_str(), name, text);
+  return text;
+}
+
+std::string readFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::string bytes(Metadata* metadata) {
+  auto* block = static_cast<IGestureRecognition::DefaultMetadata*>(metadata);
+  return block == nullptr ? "" : std::string(static_cast<const char*>(block->data), static_cast<size_t>(block->size));
+}
+
+class CombinationFilesTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    c = makeCombinations(2);
+    std::mt19937 rng(12);
+    recordTwoHands(*c, 2, rng);
+    c->setPartEnabled(1, false);
+    c->rotationalFrameOfReferenceZ = 1;
+    c->rotationalFrameOfReferenceRotationOrder = 4;
+    setMetadata.setData("whole set", 9);
+    comboMetadata.setData("a\nb c", 5);
+    c->setMetadata(&setMetadata);
+    int k = c->createGestureCombination("wave and rest");
+    c->setCombinationPartGesture(k, 0, 1);
+    k = c->createGestureCombination("both circles");
+    c->setCombinationPartGesture(k, 0, 0);
+    c->setCombinationPartGesture(k, 1, 0);
+    c->setGestureCombinationMetadata(k, &comboMetadata);
+    c->recognitionScoreValue = 0.5;
+  }
+  void TearDown() override {
+    for (const std::string& path : created) std::remove(path.c_str());
+  }
+  std::string path(const std::string& name) {
+    created.push_back(scratchPath(name));
+    return created.back();
+  }
+  std::string partText(int part) {
+    std::ostringstream out;
+    EXPECT_EQ(c->parts[static_cast<size_t>(part)]->saveToStream(&out), 0);
+    return out.str();
+  }
+
+  // What the fixture saved, as a loaded object holds it.
+  void expectFixture(GestureCombinations& other) {
+    ASSERT_EQ(other.numberOfParts(), 2);
+    EXPECT_EQ(other.numberOfGestures(1), 3);
+    EXPECT_STREQ(other.getGestureName(1, 2), "zigzag");
+    EXPECT_EQ(other.getGestureNumberOfSamples(0, 1), 2);
+    EXPECT_TRUE(other.getPartEnabled(0));
+    EXPECT_FALSE(other.getPartEnabled(1));
+    ASSERT_EQ(other.numberOfGestureCombinations(), 2);
+    EXPECT_STREQ(other.getGestureCombinationName(0), "wave and rest");
+    EXPECT_EQ(other.getCombinationPartGesture(0, 1), -1);
+    EXPECT_EQ(other.getCombinationPartGesture(1, 1), 0);
+    EXPECT_EQ(bytes(other.getGestureCombinationMetadata(1)), "a\nb c");
+    EXPECT_EQ(bytes(other.getMetadata()), "whole set");
+    EXPECT_EQ(other.rotationalFrameOfReferenceZ, 1);
+    EXPECT_EQ(other.rotationalFrameOfReferenceRotationOrder, 4);
+  }
+
+  Combinations c;
+  IGestureRecognition::DefaultMetadata setMetadata, comboMetadata;
+  std::vector<std::string> created;
+};
+
+TEST_F(CombinationFilesTest, SavedArchiveLoadsFromFileAndBuffer) {
+  const std::string file = path("set.zip");
+  ASSERT_EQ(c->saveToFile(file.c_str()), 0);
+  EXPECT_EQ(archiveMembers(file),
+            (std::vector<std::string>{"combinations.txt deflated", "part_ 0.txt deflated", "part_ 1.txt deflated"}));
+  const std::string list = member(file, "combinations.txt");
+  EXPECT_EQ(list.rfind("M3\n2\n2\nwave and rest\nNO METADATA\n2\n1 -1 \nboth circles\n", 0), 0u);
+  EXPECT_NE(list.find("METADATA:\n5 a\nb c2\n0 0 \n"), std::string::npos);  // the count follows the block
+  EXPECT_EQ(list.substr(list.size() - 13), "5.000000e-01\n");
+  EXPECT_EQ(member(file, "part_ 1.txt"), partText(1) + "GRO_DISABLED\n");
+  EXPECT_EQ(member(file, "part_1.txt"), "");
+
+  // A fresh object of another size takes the file's parts, and the stored score as it is.
+  Combinations loaded = makeCombinations(5);
+  ASSERT_EQ(loaded->loadFromFile(file.c_str(), IGestureRecognition::getDefaultMetadataCreatorFunction()), 0);
+  expectFixture(*loaded);
+  EXPECT_EQ(loaded->recognitionScore(), 0.5);
+  const std::string archive = readFile(file);
+  Combinations fromBuffer = makeCombinations(1);
+  ASSERT_EQ(fromBuffer->loadFromBuffer(archive.data(), static_cast<int>(archive.size()),
+                                       IGestureRecognition::getDefaultMetadataCreatorFunction()),
+            0);
+  expectFixture(*fromBuffer);
+  delete loaded->getMetadata();
+  delete loaded->getGestureCombinationMetadata(1);
+  delete fromBuffer->getMetadata();
+  delete fromBuffer->getGestureCombinationMetadata(1);
+
+  // One part on its own, as a gesture database file.
+  const std::string single = path("part.dat");
+  ASSERT_EQ(c->saveGestureToFile(0, single.c_str()), 0);
+  ASSERT_EQ(fromBuffer->loadGestureFromFile(1, single.c_str(), nullptr), 0);
+  EXPECT_EQ(fromBuffer->getGestureNumberOfSamples(1, 2), 2);
+  EXPECT_EQ(fromBuffer->saveGestureToFile(2, single.c_str()), -2);
+}
+
+TEST_F(CombinationFilesTest, OlderSingleStreamLayoutsLoad) {
+  const std::string combos = "2\nwave and rest\n2\n1 -1 \nboth circles\n2\n0 0 \n";
+  // Version 1: no opening, no flags, no metadata; the score is computed at once.
+  std::istringstream first("2\n" + partText(0) + partText(1) + combos);
+  Combinations loaded = makeCombinations(1);
+  ASSERT_EQ(loaded->loadFromStream(&first, nullptr), 0);
+  EXPECT_EQ(loaded->numberOfParts(), 2);
+  EXPECT_TRUE(loaded->getPartEnabled(1));
+  EXPECT_EQ(loaded->getCombinationPartGesture(1, 1), 0);
+  EXPECT_GE(loaded->recognitionScoreValue, 0.0);
+  EXPECT_LE(loaded->recognitionScoreValue, 1.0);
+
+  // Version 2 has flags, metadata and the score; in an archive that text is refused.
+  const std::string second = "M2\n2\n" + partText(0) + "GRO_ENABLED\n" + partText(1) + "GRO_DISABLED\n" +
+                             "1\nonly\nNO METADATA\n2\n2 1 \nNO METADATA\n-9.990000e+02\n";
+  std::istringstream stream(second);
+  ASSERT_EQ(loaded->loadFromStream(&stream, nullptr), 0);
+  EXPECT_FALSE(loaded->getPartEnabled(1));
+  EXPECT_EQ(loaded->recognitionScoreValue, -999.0);
+  const double computed = loaded->recognitionScore();  // -999 means: compute on demand
+  EXPECT_GE(computed, 0.0);
+  const std::string file = path("v2.zip");
+  ASSERT_TRUE(appendArchiveMember(file.c_str(), "combinations.txt", second));
+  EXPECT_EQ(loaded->loadFromFile(file.c_str(), nullptr), -4);
+  // A single stream in "nn.txt" is read as one; a plain gesture database there is not one.
+  const std::string wrapped = path("nn.zip");
+  ASSERT_TRUE(appendArchiveMember(wrapped.c_str(), "nn.txt", second));
+  EXPECT_EQ(loaded->loadFromFile(wrapped.c_str(), nullptr), 0);
+  std::remove(wrapped.c_str());
+  ASSERT_TRUE(appendArchiveMember(wrapped.c_str(), "nn.txt", partText(0)));
+  EXPECT_EQ(loaded->loadFromFile(wrapped.c_str(), nullptr), -4);
+  EXPECT_EQ(loaded->numberOfParts(), 2);  // refused before anything was replaced
+  std::istringstream third("M3\n2\n");
+  EXPECT_EQ(loaded->loadFromStream(&third, nullptr), -4);
+}
+
+TEST_F(CombinationFilesTest, DamageReportsItsCodeAndWhatSurvives) {
+  const std::string file = path("set.zip");
+  ASSERT_EQ(c->saveToFile(file.c_str()), 0);
+  Combinations other = makeCombinations(3);
+  EXPECT_EQ(other->loadFromFile(path("missing").c_str(), nullptr), -3);
+  EXPECT_EQ(other->loadFromFile(nullptr, nullptr), -18);
+  // Metadata blocks need a creator.
+  EXPECT_EQ(other->loadFromFile(file.c_str(), nullptr), -18);
+
+  const auto loadList = [&](const std::string& list) {
+    std::istringstream in(list);
+    return other->readCombinationText(in, nullptr);
+  };
+  EXPECT_EQ(loadList("M3\n101\n0\n"), -4);
+  EXPECT_EQ(other->numberOfParts(), 2);  // the object is intact
+  EXPECT_EQ(loadList("M3\n4\n101\n"), -4);
+  EXPECT_EQ(other->numberOfParts(), 4);  // parts rebuilt, list empty
+  EXPECT_EQ(other->numberOfGestureCombinations(), 0);
+  EXPECT_EQ(loadList("M3\n2\n2\nfirst\nNO METADATA\n2\n1 -1 \nsecond\nNO METADATA\n2\n1\n"), -4);
+  EXPECT_EQ(other->numberOfGestureCombinations(), 1);  // as far as read
+  EXPECT_EQ(loadList("M3\n1\n0\nNO METADATA\nnan\n"), -4);
+  EXPECT_TRUE(std::isnan(other->recognitionScoreValue));  // stored all the same
+  EXPECT_EQ(loadList("M3\n1\n0\nNO METADATA\n1.5\n"), -4);
+  EXPECT_EQ(loadList("M3\n1\n0\nSOME METADATA\n0\n"), -4);
+  EXPECT_EQ(loadList("M4\n1\n0\nNO METADATA\n0\n"), -4);
+
+  // An archive without one part's member loads the parts before it.
+  const std::string partial = path("partial.zip");
+  ASSERT_TRUE(appendArchiveMember(partial.c_str(), "combinations.txt", member(file, "combinations.txt")));
+  ASSERT_TRUE(appendArchiveMember(partial.c_str(), "part_ 0.txt", member(file, "part_ 0.txt")));
+  EXPECT_EQ(other->loadFromFile(partial.c_str(), IGestureRecognition::getDefaultMetadataCreatorFunction()), -19);
+  EXPECT_EQ(other->numberOfGestures(0), 3);
+  EXPECT_EQ(other->numberOfGestures(1), 0);
+  delete other->getMetadata();
+  delete other->getGestureCombinationMetadata(1);
+}
+
+TEST_F(CombinationFilesTest, ImportsMergePartsAndCombinations) {
+  const std::string file = path("set.zip");
+  ASSERT_EQ(c->saveToFile(file.c_str()), 0);
+  Combinations target = makeCombinations(2);
+  target->createGesture(0, "extra", nullptr);
+  target->createGesture(0, "swipe", nullptr);
+  // The same as the file's "wave and rest" once the gesture indices are mapped.
+  int k = target->createGestureCombination("left swipe");
+  target->setCombinationPartGesture(k, 0, 1);
+  target->createGestureCombination("both circles");  // every part idle: not the file's
+  const auto creator = IGestureRecognition::getDefaultMetadataCreatorFunction();
+
+  ASSERT_EQ(target->importFromFile(file.c_str(), creator), 0);
+  EXPECT_EQ(target->numberOfGestures(0), 4);  // extra, swipe, circle, zigzag
+  EXPECT_EQ(target->getGestureNumberOfSamples(0, 1), 2);
+  EXPECT_FALSE(target->getPartEnabled(1));  // flags come with the parts
+  ASSERT_EQ(target->numberOfGestureCombinations(), 3);
+  EXPECT_STREQ(target->getGestureCombinationName(0), "left swipe/wave and rest");
+  EXPECT_STREQ(target->getGestureCombinationName(2), "both circles");
+  EXPECT_EQ(target->getCombinationPartGesture(2, 0), 2);  // the file's circle, mapped
+  EXPECT_EQ(target->getGestureCombinationMetadata(2), nullptr);
+  EXPECT_EQ(target->getMetadata(), nullptr);  // the file's object metadata is not taken
+
+  Combinations three = makeCombinations(3);
+  EXPECT_EQ(three->importFromFile(file.c_str(), creator), -4);
+  EXPECT_EQ(three->numberOfGestures(0), 0);
+  const std::string archive = readFile(file);
+  ASSERT_EQ(three->importFromBuffer(archive.data(), 10, creator), -4);  // short: taken as text
+  // The single-stream layout imports the same way.
+  std::istringstream stream("M2\n2\n" + partText(0) + "GRO_ENABLED\n" + partText(1) + "GRO_ENABLED\n" +
+                            "2\nanother name\nNO METADATA\n2\n1 -1 \nboth circles\nNO METADATA\n2\n0 0 \n"
+                            "NO METADATA\n");
+  ASSERT_EQ(target->importFromStream(&stream, creator), 0);
+  EXPECT_STREQ(target->getGestureCombinationName(0), "left swipe/wave and rest/another name");
+  EXPECT_EQ(target->numberOfGestureCombinations(), 3);  // equal and of the same name: dropped
+  EXPECT_TRUE(target->getPartEnabled(1));
+}
+
+void recordPercent(int percent, void* list) { static_cast<std::vector<int>*>(list)->push_back(percent); }
+void recordResult(int result, void* slot) { static_cast<std::atomic<int>*>(slot)->store(result); }
+
+TEST_F(CombinationFilesTest, BackgroundJobsReportProgressAndFinishOnce) {
+  const std::string file = path("async.zip");
+  std::vector<int> saved, loaded;
+  std::atomic<int> saveResult{99}, loadResult{99};
+  c->setSavingUpdateCallbackFunction(&recordPercent);
+  c->setSavingUpdateCallbackMetadata(&saved);
+  c->setSavingFinishCallbackFunction(&recordResult);
+  c->setSavingFinishCallbackMetadata(&saveResult);
+  ASSERT_EQ(c->saveToFileAsync(file.c_str()), 0);
+  while (saveResult.load() == 99) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  EXPECT_EQ(saveResult.load(), 0);
+  EXPECT_FALSE(c->isSaving());
+  ASSERT_FALSE(saved.empty());
+  EXPECT_TRUE(std::is_sorted(saved.begin(), saved.end()));
+  EXPECT_EQ(saved.front(), 0);  // part 0 reports 1 percent of half the whole
+  EXPECT_EQ(saved.back(), 99);  // 50 + 99 / 2, cut toward zero
+
+  Combinations other = makeCombinations(1);
+  other->setLoadingUpdateCallbackFunction(&recordPercent);
+  other->setLoadingUpdateCallbackMetadata(&loaded);
+  other->setLoadingFinishCallbackFunction(&recordResult);
+  other->setLoadingFinishCallbackMetadata(&loadResult);
+  ASSERT_EQ(other->loadFromFileAsync(file.c_str(), IGestureRecognition::getDefaultMetadataCreatorFunction()), 0);
+  while (loadResult.load() == 99) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  EXPECT_EQ(other->cancelLoading(), 0);
+  EXPECT_EQ(loadResult.load(), 0);
+  EXPECT_TRUE(std::is_sorted(loaded.begin(), loaded.end()));
+  EXPECT_GE(loaded.back(), 90);
+  expectFixture(*other);
+  delete other->getMetadata();
+  delete other->getGestureCombinationMetadata(1);
+  EXPECT_EQ(c->saveToFileAsync(""), -3);
+  EXPECT_EQ(c->saveToFileAsync(std::string(2049, 'a').c_str()), -3);
+}
+
+TEST_F(CombinationFilesTest, AFailedBackgroundSaveStaysRunningWithoutHangingAnyone) {
+  std::atomic<int> result{99};
+  c->setSavingFinishCallbackFunction(&recordResult);
+  c->setSavingFinishCallbackMetadata(&result);
+  ASSERT_EQ(c->saveToFileAsync("/no/such/folder/set.zip"), 0);
+  while (result.load() == 99) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  EXPECT_EQ(result.load(), -3);
+  EXPECT_TRUE(c->isSaving());
+  EXPECT_EQ(c->saveToFileAsync(path("again.zip").c_str()), -17);
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_EQ(c->cancelSaving(), -14);
+  c.reset();  // cancels once more on the way out
+  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(2));
+}
+
+TEST_F(CombinationFilesTest, DeletingDuringBackgroundJobsWaitsForThem) {
+  const std::string file = path("deleted.zip");
+  c->setMetadata(nullptr);
+  c->setGestureCombinationMetadata(1, nullptr);
+  ASSERT_EQ(c->saveToFileAsync(file.c_str()), 0);
+  c.reset();
+  EXPECT_EQ(archiveMembers(file).size(), 3u);
+  std::vector<int> progress;
+  Combinations other = makeCombinations(1);
+  other->setLoadingUpdateCallbackFunction(&recordPercent);
+  other->setLoadingUpdateCallbackMetadata(&progress);
+  ASSERT_EQ(other->loadFromFileAsync(file.c_str(), nullptr), 0);
+  other.reset();
+  EXPECT_EQ(progress.back(), 99);  // the load ran to its end
+}
+
+// Damaged combination files of every layout: only a documented code, never a crash or a hang.
+TEST_F(CombinationFilesTest, DamagedFilesNeverCrashTheReaders) {
+  const std::string file = path("seed.zip");
+  ASSERT_EQ(c->saveToFile(file.c_str()), 0);
+  const std::string list = member(file, "combinations.txt");
+  const std::string parts = partText(0) + "GRO_ENABLED\n" + partText(1) + "GRO_DISABLED\n";
+  const std::vector<std::string> seeds = {
+      list, "M2\n2\n" + parts + list.substr(5), "2\n" + partText(0) + partText(1) + "1\nname\n2\n1 -1 \n"};
+  const char* huge[] = {"2147483647", "-2147483648", "4294967295", "100", "10000", "-1", "101"};
+  const char alphabet[] = "0123456789-+. eEnaM:\n\r#";
+  std::mt19937 random(77u);
+  Combinations target = makeCombinations(2);
+  const auto creator = IGestureRecognition::getDefaultMetadataCreatorFunction();
+  int accepted = 0;
+  for (int round = 0; round < 1500; ++round) {
+    const size_t seed = static_cast<size_t>(round) % seeds.size();
+    std::string text = seeds[seed];
+    switch (round / 3 % 4) {
+      case 0:
+        for (int k = 0; k < 3; ++k) text[random() % text.size()] = alphabet[random() % (sizeof(alphabet) - 1)];
+        break;
+      case 1: text.resize(random() % text.size()); break;
+      case 2: {
+        const size_t at = text.find('\n', random() % text.size());
+        if (at != std::string::npos) text.insert(at + 1, std::string(huge[random() % 7]) + "\n");
+        break;
+      }
+      default: text.erase(random() % text.size(), 1 + random() % 40);
+    }
+    std::istringstream in(text);
+    int result;
+    if (seed == 0) {
+      result = target->readCombinationText(in, creator);
+    } else if (round % 2 == 0) {
+      result = target->loadFromStream(&in, creator);
+    } else {
+      result = target->importFromStream(&in, creator);
+    }
+    ASSERT_TRUE(result == 0 || result == -4 || result == -18) << result << "\n" << text;
+    accepted += result == 0;
+    for (int k = 0; k < target->numberOfGestureCombinations(); ++k) delete target->getGestureCombinationMetadata(k);
+    for (int part = 0; part < target->numberOfParts(); ++part) {
+      for (int g = 0; g < target->numberOfGestures(part); ++g) delete target->getGestureMetadata(part, g);
+    }
+    if (target->numberOfParts() != 2) target = makeCombinations(2);
+    target->deleteAllGestureCombinations();
+  }
+  EXPECT_GT(accepted, 50);
+}
+
+}  // namespace
+}  // namespace zando
