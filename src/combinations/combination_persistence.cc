@@ -327,7 +327,11 @@ int GestureCombinations::readCombinationsAndTail(std::istream& in, int version, 
   for (int c = 0; c < count; ++c) {
     GestureCombination combination;
     const int read = readCombination(in, version, creator, true, combination);
-    if (read != 0) return read;
+    if (read != 0) {
+      // A damaged record is not kept, and nobody else could free its block.
+      delete combination.metadata;
+      return read;
+    }
     combinations.push_back(std::move(combination));
   }
   if (version < 2) return ReturnCode_Success;

@@ -372,6 +372,8 @@ TEST_F(CombinationFilesTest, DamagedFilesNeverCrashTheReaders) {
     for (int part = 0; part < target->numberOfParts(); ++part) {
       for (int g = 0; g < target->numberOfGestures(part); ++g) delete target->getGestureMetadata(part, g);
     }
+    delete target->getMetadata();
+    target->setMetadata(nullptr);
     if (target->numberOfParts() != 2) target = makeCombinations(2);
     target->deleteAllGestureCombinations();
   }

@@ -81,6 +81,7 @@ TEST_F(CombinationTrainingTest, OnePartAtATimeThenOneScore) {
     for (int s = 0; s < 5; ++s) recordOnPart(*c, part, 0, twin, rng);
   }
   c->setMaxTrainingThreads(1);
+  c->setMaxTrainingTime(2);  // at least a whole second of steps
   ASSERT_EQ(c->startTraining(), 0);
   EXPECT_TRUE(c->isTraining());
   EXPECT_EQ(c->startTraining(), -8);
