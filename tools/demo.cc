@@ -14,74 +14,25 @@
 
 #include <zando/zando.h>
 
+#include "demo_motion.h"
+#include "demo_two_hands.h"
+
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr int kFramesPerSecond = 90;
+using demo::kFramesPerSecond;
 constexpr int kGestures = 5;
 constexpr int kSamplesPerGesture = 18;
 constexpr int kTrialsPerGesture = 20;
 const char* const kNames[kGestures] = {"circle", "swipe right", "zigzag down", "triangle", "push"};
 
-// The path of a gesture at phase t in [0, 1], in metres, relative to where the hand starts.
-void shapePoint(int gesture, double t, double out[3]) {
-  out[0] = out[1] = out[2] = 0.0;
-  switch (gesture) {
-    case 0:
-      out[0] = 0.15 * std::sin(2 * kPi * t);
-      out[1] = 0.15 * std::cos(2 * kPi * t) - 0.15;
-      break;
-    case 1:
-      out[0] = -0.25 + 0.5 * t;
-      out[1] = 0.03 * std::sin(kPi * t);
-      break;
-    case 2:
-      out[0] = 0.08 * std::sin(8 * kPi * t);
-      out[1] = 0.2 - 0.4 * t;
-      break;
-    case 3: {
-      const double corners[4][2] = {{0.0, 0.18}, {0.16, -0.1}, {-0.16, -0.1}, {0.0, 0.18}};
-      const double s = t * 3.0;
-      const int leg = s >= 3.0 ? 2 : static_cast<int>(s);
-      const double f = s - leg;
-      out[0] = corners[leg][0] + (corners[leg + 1][0] - corners[leg][0]) * f;
-      out[1] = corners[leg][1] + (corners[leg + 1][1] - corners[leg][1]) * f;
-      break;
-    }
-    default:
-      out[1] = 0.02 * std::sin(kPi * t);
-      out[2] = 0.35 * std::sin(0.5 * kPi * t);
-      break;
-  }
-}
-
-// One performance, as a tracker would deliver it: a user standing somewhere, looking roughly
-// ahead, performing at their own size and speed with a little tremor.
+// One performance, fed to the recogniser frame by frame as a tracker would deliver it.
 void perform(void* gro, int gesture, int recordAs, std::mt19937& rng) {
-  std::uniform_real_distribution<double> u(-1.0, 1.0);
-  std::normal_distribution<double> tremor(0.0, 0.002);
-  const double size = 1.0 + 0.2 * u(rng);
-  const double seconds = 1.0 + 0.25 * u(rng);
-  const double yaw = 0.2 * u(rng);
-  const double head[3] = {0.3 * u(rng), 1.65 + 0.1 * u(rng), 0.3 * u(rng)};
-  const double headRotation[4] = {0.0, std::sin(yaw / 2), 0.0, std::cos(yaw / 2)};
-  const double start[3] = {0.05 * u(rng), -0.2 + 0.05 * u(rng), 0.45 + 0.05 * u(rng)};
-  GestureRecognition_startStroke(gro, head, headRotation, recordAs);
-  const int frames = static_cast<int>(seconds * kFramesPerSecond);
-  for (int frame = 0; frame < frames; ++frame) {
-    const double t = static_cast<double>(frame) / (frames - 1);
-    double local[3];
-    shapePoint(gesture, t, local);
-    // Hand offset in the head's frame (x right, y up, z forward), turned by the head's yaw.
-    const double x = start[0] + size * local[0] + tremor(rng);
-    const double y = start[1] + size * local[1] + tremor(rng);
-    const double z = start[2] + size * local[2] + tremor(rng);
-    const double hand[3] = {head[0] + std::cos(yaw) * x + std::sin(yaw) * z, head[1] + y,
-                            head[2] - std::sin(yaw) * x + std::cos(yaw) * z};
-    const double roll = 0.4 * (t - 0.5);
-    const double handRotation[4] = {0.0, 0.0, std::sin(roll / 2), std::cos(roll / 2)};
-    GestureRecognition_updateHeadPositionQ(gro, head, headRotation);
-    GestureRecognition_contdStrokeQ(gro, hand, handRotation);
+  const demo::HeadPose head = demo::randomHead(rng);
+  const std::vector<demo::HandPose> hand = demo::handPath(gesture, head, rng, false);
+  GestureRecognition_startStroke(gro, head.position, head.rotation, recordAs);
+  for (const demo::HandPose& frame : hand) {
+    GestureRecognition_updateHeadPositionQ(gro, head.position, head.rotation);
+    GestureRecognition_contdStrokeQ(gro, frame.position, frame.rotation);
   }
 }
 
@@ -92,14 +43,6 @@ void onTrainingUpdate(double score, void*) {
 }
 
 void onTrainingFinish(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
-
-void progressBar(double seconds, double limit, double score) {
-  const int width = 30;
-  const int filled = static_cast<int>(width * std::min(1.0, seconds / limit));
-  std::printf("\r  training [%s%s] %4.1f s  best score %5.1f%%", std::string(filled, '#').c_str(),
-              std::string(width - filled, '.').c_str(), seconds, 100.0 * score);
-  std::fflush(stdout);
-}
 
 struct Evaluation {
   int confusion[kGestures][kGestures] = {};
@@ -188,11 +131,11 @@ int main(int argc, char** argv) {
     while (!done.load()) {
       const double elapsed =
           std::chrono::duration<double>(std::chrono::steady_clock::now() - trainingStart).count();
-      progressBar(elapsed, trainingSeconds, bestScore.load());
+      demo::progressBar(elapsed, trainingSeconds, bestScore.load(), "best score");
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - trainingStart).count();
-    progressBar(elapsed, trainingSeconds, GestureRecognition_recognitionScore(gro));
+    demo::progressBar(elapsed, trainingSeconds, GestureRecognition_recognitionScore(gro), "best score");
     std::printf("\n  finished: recognition score %.1f%% on held-back samples\n",
                 100.0 * GestureRecognition_recognitionScore(gro));
   }
@@ -219,5 +162,7 @@ int main(int argc, char** argv) {
   }
   GestureRecognition_delete(reloaded);
   GestureRecognition_delete(gro);
+
+  runTwoHandedDemo(trainingSeconds / 2);
   return 0;
 }
