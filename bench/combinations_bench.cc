@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "combinations/gesture_combinations.h"
-#include "model/neural_network.h"
+#include "bench_support.h"
 
 namespace {
 
@@ -39,15 +39,7 @@ zando::GestureCombinations* trainedLookingPair() {
   auto* c = zando::GestureCombinations::createZeroFilled(2);
   for (int part = 0; part < 2; ++part) {
     for (int g = 0; g < kPartGestures; ++g) c->createGesture(part, "gesture", nullptr);
-    zando::GestureModel& model = c->parts[static_cast<size_t>(part)]->gestureModel;
-    model.parameters.featureSelector = 3;
-    model.parameters.featureFlagA = 0;
-    model.parameters.transferMode = 1;
-    const zando::NeuralNetwork network(model.parameters, 2, 144, kPartGestures);
-    model.weights = network.weights;
-    model.layerBuffers = {zando::Matrix::Zero(1, 121), zando::Matrix::Zero(1, 145), zando::Matrix::Zero(1, 145),
-                          zando::Matrix::Zero(1, kPartGestures)};
-    model.networkInvalid = false;
+    zando_bench::installFirstTrainingNetwork(c->parts[static_cast<size_t>(part)]->gestureModel, kPartGestures);
   }
   for (int k = 0; k < kCombinations; ++k) {
     c->createGestureCombination("combination");

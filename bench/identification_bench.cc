@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "recognition/gesture_recognition.h"
-#include "model/neural_network.h"
+#include "bench_support.h"
 
 namespace {
 
@@ -17,15 +17,7 @@ void* trainedLookingRecognizer() {
   void* gro = GestureRecognition_create();
   auto* recognizer = static_cast<zando::GestureRecognition*>(static_cast<IGestureRecognition*>(gro));
   for (int g = 0; g < kGestures; ++g) GestureRecognition_createGesture(gro, "gesture", nullptr);
-  zando::GestureModel& model = recognizer->gestureModel;
-  model.parameters.featureSelector = 3;
-  model.parameters.featureFlagA = 0;
-  model.parameters.transferMode = 1;
-  const zando::NeuralNetwork network(model.parameters, 2, 144, kGestures);
-  model.weights = network.weights;
-  model.layerBuffers = {zando::Matrix::Zero(1, 121), zando::Matrix::Zero(1, 145), zando::Matrix::Zero(1, 145),
-                        zando::Matrix::Zero(1, kGestures)};
-  model.networkInvalid = false;
+  zando_bench::installFirstTrainingNetwork(recognizer->gestureModel, kGestures);
   return gro;
 }
 

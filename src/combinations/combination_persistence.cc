@@ -12,6 +12,7 @@
 #include "combinations/gesture_combinations.h"
 #include "persistence/archive.h"
 #include "persistence/background_job.h"
+#include "persistence/database_format.h"
 
 namespace zando {
 
@@ -63,17 +64,6 @@ bool completeText(std::ostream& out, const std::string& text) {
 
 // ---- Reading ----
 
-bool isTrimmed(char c) { return c == ' ' || c == '\f' || c == '\n' || c == '\r' || c == '\t' || c == '\v'; }
-
-void trim(std::string& text) {
-  size_t end = text.size();
-  while (end > 0 && isTrimmed(text[end - 1])) --end;
-  size_t begin = 0;
-  while (begin < end && isTrimmed(text[begin])) ++begin;
-  text.erase(end);
-  text.erase(0, begin);
-}
-
 void skipLineEnds(std::istream& in) {
   for (int c = in.peek(); c == '\r' || c == '\n'; c = in.peek()) in.get();
 }
@@ -86,7 +76,7 @@ bool readLine(std::istream& in, std::string& line) {
 std::string readTrimmedLine(std::istream& in) {
   std::string line;
   readLine(in, line);
-  trim(line);
+  trimLine(line);
   return line;
 }
 
@@ -129,7 +119,7 @@ int readMetadataBlock(std::istream& in, IGestureRecognition::MetadataCreatorFunc
 int readCombination(std::istream& in, int version, IGestureRecognition::MetadataCreatorFunction creator,
                     bool keepMetadata, GestureCombination& combination) {
   std::string name;
-  combination.name = readLine(in, name) ? (trim(name), name) : std::string("ERROR");
+  combination.name = readLine(in, name) ? (trimLine(name), name) : std::string("ERROR");
   if (version >= 2) {
     const int read = readMetadataBlock(in, creator, keepMetadata ? &combination.metadata : nullptr);
     if (read != 0) return read;
@@ -557,14 +547,8 @@ int GestureCombinations::saveToFileAsync(const char* path) {
   if (isSaving()) return ReturnCode_SavingInProgress;
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (!validJobPath(path)) return ReturnCode_InvalidPath;
-  return startBackgroundJob(savingState, activeWorkers, mutex, condition, [this, copy = std::string(path)]() {
-    int result = ReturnCode_ResourceError;
-    try {
-      result = saveToFile(copy.c_str());
-    } catch (...) {
-    }
-    finishBackgroundJob(savingState, activeWorkers, savingFinishCallback, savingFinishMetadata, result);
-  });
+  return runInBackground(savingState, activeWorkers, mutex, condition, savingFinishCallback, savingFinishMetadata,
+                         [this, copy = std::string(path)] { return saveToFile(copy.c_str()); });
 }
 
 int GestureCombinations::loadFromFileAsync(const char* path, MetadataCreatorFunction metadataCreator) {
@@ -572,16 +556,10 @@ int GestureCombinations::loadFromFileAsync(const char* path, MetadataCreatorFunc
   if (isSaving()) return ReturnCode_SavingInProgress;
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (!validJobPath(path)) return ReturnCode_InvalidPath;
-  return startBackgroundJob(loadingState, activeWorkers, mutex, condition,
-                            [this, copy = std::string(path), metadataCreator]() {
-                              int result = ReturnCode_ResourceError;
-                              try {
-                                result = loadFromFile(copy.c_str(), metadataCreator);
-                              } catch (...) {
-                              }
-                              finishBackgroundJob(loadingState, activeWorkers, loadingFinishCallback,
-                                                  loadingFinishMetadata, result);
-                            });
+  return runInBackground(loadingState, activeWorkers, mutex, condition, loadingFinishCallback, loadingFinishMetadata,
+                         [this, copy = std::string(path), metadataCreator] {
+                           return loadFromFile(copy.c_str(), metadataCreator);
+                         });
 }
 
 int GestureCombinations::loadFromBufferAsync(const char* buffer, int size, MetadataCreatorFunction metadataCreator) {
@@ -589,16 +567,10 @@ int GestureCombinations::loadFromBufferAsync(const char* buffer, int size, Metad
   if (isSaving()) return ReturnCode_SavingInProgress;
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (buffer == nullptr || size < 0) return ReturnCode_InvalidParameter;
-  return startBackgroundJob(loadingState, activeWorkers, mutex, condition,
-                            [this, copy = std::string(buffer, static_cast<size_t>(size)), metadataCreator]() {
-                              int result = ReturnCode_ResourceError;
-                              try {
-                                result = loadFromBuffer(copy.data(), static_cast<int>(copy.size()), metadataCreator);
-                              } catch (...) {
-                              }
-                              finishBackgroundJob(loadingState, activeWorkers, loadingFinishCallback,
-                                                  loadingFinishMetadata, result);
-                            });
+  return runInBackground(loadingState, activeWorkers, mutex, condition, loadingFinishCallback, loadingFinishMetadata,
+                         [this, copy = std::string(buffer, static_cast<size_t>(size)), metadataCreator] {
+                           return loadFromBuffer(copy.data(), static_cast<int>(copy.size()), metadataCreator);
+                         });
 }
 
 bool GestureCombinations::isSaving() { return jobBusy(savingState.load()); }

@@ -77,15 +77,7 @@ int GestureCombinations::getGestureCombinationNameLength(int combination) {
 
 int GestureCombinations::copyGestureCombinationName(int combination, char* buffer, int bufferSize) {
   if (!inList(combinations, combination)) return 0;
-  const std::string& name = combinations[static_cast<size_t>(combination)].name;
-  const int length = static_cast<int>(name.size());
-  // As much of the name as fits with its terminator.
-  if (buffer != nullptr && bufferSize > 0) {
-    const int copied = std::min(length, bufferSize - 1);
-    std::memcpy(buffer, name.data(), static_cast<size_t>(copied));
-    buffer[copied] = '\0';
-  }
-  return std::min(length, bufferSize);
+  return copyNameInto(combinations[static_cast<size_t>(combination)].name, buffer, bufferSize);
 }
 
 int GestureCombinations::setGestureCombinationName(int combination, const char* name) {

@@ -2,6 +2,8 @@
 #ifndef ZANDO_MODEL_GESTURE_H
 #define ZANDO_MODEL_GESTURE_H
 
+#include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,18 @@ struct Gesture {
     for (Stroke* sample : gestureSamples) delete sample;
   }
 };
+
+// Copies as much of a name as fits with its terminator; returns the smaller of the name's length
+// and the buffer's size.
+inline int copyNameInto(const std::string& name, char* buffer, int bufferSize) {
+  const int length = static_cast<int>(name.size());
+  if (buffer != nullptr && bufferSize > 0) {
+    const int copied = std::min(length, bufferSize - 1);
+    std::memcpy(buffer, name.data(), static_cast<size_t>(copied));
+    buffer[copied] = '\0';
+  }
+  return std::min(length, bufferSize);
+}
 
 }  // namespace zando
 

@@ -8,34 +8,13 @@
 
 namespace zando {
 
-namespace {
-
-template <typename Work>
-int startJob(GestureRecognition& self, std::atomic<int>& state, Work work) {
-  return startBackgroundJob(state, self.activeWorkers, self.startMutex, self.startCondition, std::move(work));
-}
-
-void finishJob(GestureRecognition& self, std::atomic<int>& state, GestureRecognition_IOCallbackFunction callback,
-               void* metadata, int result) {
-  finishBackgroundJob(state, self.activeWorkers, callback, metadata, result);
-}
-
-}  // namespace
-
 int GestureRecognition::saveToFileAsync(const char* path) {
   if (isLoading()) return ReturnCode_LoadingInProgress;
   if (isSaving()) return ReturnCode_SavingInProgress;
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (!validJobPath(path)) return ReturnCode_InvalidPath;
-  std::string copy(path);
-  return startJob(*this, savingState, [this, copy = std::move(copy)]() {
-    int result = ReturnCode_ResourceError;
-    try {
-      result = saveToFile(copy.c_str());
-    } catch (...) {
-    }
-    finishJob(*this, savingState, savingFinishCallback, savingFinishMetadata, result);
-  });
+  return runInBackground(savingState, activeWorkers, startMutex, startCondition, savingFinishCallback,
+                         savingFinishMetadata, [this, copy = std::string(path)] { return saveToFile(copy.c_str()); });
 }
 
 int GestureRecognition::loadFromFileAsync(const char* path, MetadataCreatorFunction metadataCreator) {
@@ -43,15 +22,10 @@ int GestureRecognition::loadFromFileAsync(const char* path, MetadataCreatorFunct
   if (isSaving()) return ReturnCode_SavingInProgress;
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (!validJobPath(path)) return ReturnCode_InvalidPath;
-  std::string copy(path);
-  return startJob(*this, loadingState, [this, copy = std::move(copy), metadataCreator]() {
-    int result = ReturnCode_ResourceError;
-    try {
-      result = loadFromFile(copy.c_str(), metadataCreator);
-    } catch (...) {
-    }
-    finishJob(*this, loadingState, loadingFinishCallback, loadingFinishMetadata, result);
-  });
+  return runInBackground(loadingState, activeWorkers, startMutex, startCondition, loadingFinishCallback,
+                         loadingFinishMetadata, [this, copy = std::string(path), metadataCreator] {
+                           return loadFromFile(copy.c_str(), metadataCreator);
+                         });
 }
 
 int GestureRecognition::loadFromBufferAsync(const char* buffer, int size, MetadataCreatorFunction metadataCreator) {
@@ -59,15 +33,11 @@ int GestureRecognition::loadFromBufferAsync(const char* buffer, int size, Metada
   if (isSaving()) return ReturnCode_SavingInProgress;
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (buffer == nullptr || size < 0) return ReturnCode_InvalidParameter;
-  std::string copy(buffer, static_cast<size_t>(size));
-  return startJob(*this, loadingState, [this, copy = std::move(copy), metadataCreator]() {
-    int result = ReturnCode_ResourceError;
-    try {
-      result = loadFromBuffer(copy.data(), static_cast<int>(copy.size()), metadataCreator);
-    } catch (...) {
-    }
-    finishJob(*this, loadingState, loadingFinishCallback, loadingFinishMetadata, result);
-  });
+  return runInBackground(loadingState, activeWorkers, startMutex, startCondition, loadingFinishCallback,
+                         loadingFinishMetadata,
+                         [this, copy = std::string(buffer, static_cast<size_t>(size)), metadataCreator] {
+                           return loadFromBuffer(copy.data(), static_cast<int>(copy.size()), metadataCreator);
+                         });
 }
 
 int GestureRecognition::cancelSaving() { return cancelBackgroundJob(savingState, activeWorkers); }

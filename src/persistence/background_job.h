@@ -61,6 +61,24 @@ inline void finishBackgroundJob(std::atomic<int>& state, std::atomic<int>& worke
   workers.fetch_sub(1, std::memory_order_release);
 }
 
+// Runs a blocking operation (returning its code) as a background job; the finish callback, read
+// when the operation has ended, receives the code. The callback members belong to the owner,
+// which outlives the worker (its destructor waits for `workers`).
+template <typename Operation>
+int runInBackground(std::atomic<int>& state, std::atomic<int>& workers, std::mutex& mutex,
+                    std::condition_variable& condition, GestureRecognition_IOCallbackFunction& finishCallback,
+                    void*& finishMetadata, Operation operation) {
+  return startBackgroundJob(state, workers, mutex, condition,
+                            [&state, &workers, &finishCallback, &finishMetadata, operation = std::move(operation)]() {
+                              int result = ReturnCode_ResourceError;
+                              try {
+                                result = operation();
+                              } catch (...) {
+                              }
+                              finishBackgroundJob(state, workers, finishCallback, finishMetadata, result);
+                            });
+}
+
 // Asks a job to stop and waits for it to end; a cancel does not shorten the work. Once no
 // worker of the owner is left alive the state can no longer change, so the wait ends there with
 // the answer the full wait would have given.

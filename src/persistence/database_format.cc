@@ -487,15 +487,6 @@ double readNumber(Input& in, std::string& token) {
 
 bool isTrimmed(char c) { return c == ' ' || c == '\f' || c == '\n' || c == '\r' || c == '\t' || c == '\v'; }
 
-void trim(std::string& text) {
-  size_t end = text.size();
-  while (end > 0 && isTrimmed(text[end - 1])) --end;
-  size_t begin = 0;
-  while (begin < end && isTrimmed(text[begin])) ++begin;
-  text.erase(end);
-  text.erase(0, begin);
-}
-
 StrokePoint pointFromPose(const double pose[7]) {
   return StrokePoint(Vector3(pose[0], pose[1], pose[2]), Quaternion(pose[3], pose[4], pose[5], pose[6]));
 }
@@ -550,7 +541,7 @@ class DatabaseReader {
 
   void readTrimmedLine() {
     readLine();
-    trim(line_);
+    trimLine(line_);
   }
 
   void skipLineEnds() {
@@ -778,7 +769,7 @@ class DatabaseReader {
   bool readGesture(size_t index) {
     Gesture& gesture = *model_.gestures[index];
     if (readLine()) {
-      trim(line_);
+      trimLine(line_);
       line_.resize(std::char_traits<char>::length(line_.c_str()));
       gesture.gestureName = line_;
     } else {
@@ -901,6 +892,15 @@ class DatabaseReader {
 };
 
 }  // namespace
+
+void trimLine(std::string& text) {
+  size_t end = text.size();
+  while (end > 0 && isTrimmed(text[end - 1])) --end;
+  size_t begin = 0;
+  while (begin < end && isTrimmed(text[begin])) ++begin;
+  text.erase(end);
+  text.erase(0, begin);
+}
 
 int writeGestureDatabase(GestureModel& model, std::ostream& stream, IGestureRecognition* owner) {
   report(model.saveProgress, model.saveProgressContext, 1);

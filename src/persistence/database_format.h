@@ -6,6 +6,7 @@
 
 #include <istream>
 #include <ostream>
+#include <string>
 
 #include "model/gesture_model.h"
 #include "zando/zando.h"
@@ -27,6 +28,10 @@ int writeGestureDatabase(GestureModel& model, std::ostream& stream, IGestureReco
 // set as they are read (owner may be null). Reports progress through loadProgress.
 int readGestureDatabase(GestureModel& model, std::istream& stream,
                         IGestureRecognition::MetadataCreatorFunction metadataCreator, IGestureRecognition* owner);
+
+// Strips blanks, form feeds, line ends and tabs from both ends, as the readers of the text
+// formats trim their lines.
+void trimLine(std::string& text);
 
 }  // namespace zando
 

@@ -98,14 +98,7 @@ int GestureRecognition::getGestureNameLength(int index) {
 
 int GestureRecognition::copyGestureName(int index, char* buffer, int bufferSize) {
   if (index < 0 || index >= gestureModel.gestureCount()) return 0;
-  const std::string& name = gestureModel.gestures[static_cast<size_t>(index)]->gestureName;
-  const int length = static_cast<int>(name.size());
-  if (buffer != nullptr && bufferSize > 0) {
-    const int copied = std::min(length, bufferSize - 1);
-    std::memcpy(buffer, name.data(), static_cast<size_t>(copied));
-    buffer[copied] = '\0';
-  }
-  return std::min(length, bufferSize);
+  return copyNameInto(gestureModel.gestures[static_cast<size_t>(index)]->gestureName, buffer, bufferSize);
 }
 
 int GestureRecognition::setGestureName(int index, const char* name) {

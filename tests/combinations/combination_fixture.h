@@ -7,12 +7,12 @@
 #include <memory>
 #include <random>
 
+#include "../recognition/recognizer_fixture.h"
 #include "combinations/gesture_combinations.h"
 
 namespace zando {
 namespace combination_testing {
 
-constexpr double kPi = 3.14159265358979323846;
 const double kHead[3] = {0.0, 1.7, 0.0};
 const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
 
@@ -20,7 +20,7 @@ using Combinations = std::unique_ptr<GestureCombinations>;
 
 inline Combinations makeCombinations(int parts) { return Combinations(GestureCombinations::createZeroFilled(parts)); }
 
-// Shape 0 circle, 1 swipe to the right, 2 zigzag down, 3 "V"; mirrored, x runs the other way.
+// A performance of a recogniser test shape on one part; mirrored, x runs the other way.
 inline void performOnPart(IGestureCombinations& c, int part, int shape, int recordAs, std::mt19937& rng,
                           bool mirrored = false) {
   std::uniform_real_distribution<double> jitter(-1.0, 1.0);
@@ -31,12 +31,7 @@ inline void performOnPart(IGestureCombinations& c, int part, int shape, int reco
   for (int i = 0; i < points; ++i) {
     const double t = static_cast<double>(i) / (points - 1);
     double x = 0, y = 0;
-    switch (shape) {
-      case 0: x = std::cos(2 * kPi * t); y = std::sin(2 * kPi * t); break;
-      case 1: x = -1 + 2 * t; y = 0.1 * std::sin(kPi * t); break;
-      case 2: x = 0.3 * std::sin(6 * kPi * t); y = 1 - 2 * t; break;
-      default: x = -1 + 2 * t; y = std::fabs(x) * 1.5 - 0.75; break;
-    }
+    testing_support::shapeOffset(shape, t, x, y);
     const double px = cx + size * x + 0.003 * jitter(rng);
     const double p[3] = {mirrored ? -px : px, cy + size * y + 0.003 * jitter(rng), cz + 0.003 * jitter(rng)};
     c.contdStrokeQ(part, p, kFacing);

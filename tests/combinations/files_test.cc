@@ -2,14 +2,10 @@
 // imports that merge, the background forms, and damaged files of every version.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-#include <zip.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -17,38 +13,22 @@
 
 #include "combination_fixture.h"
 #include "persistence/archive.h"
+#include "scratch_files.h"
 
 namespace zando {
 namespace {
 
+using testing_support::archiveMembers;
+using testing_support::readFile;
+using testing_support::scratchPath;
+
 using namespace combination_testing;
 using Metadata = IGestureRecognition::Metadata;
-
-std::string scratchPath(const std::string& name) {
-  return ::testing::TempDir() + "zando_" + std::to_string(::getpid()) + "_" + name;
-}
-
-std::vector<std::string> archiveMembers(const std::string& path) {
-  int error = 0;
-  zip_t* archive = zip_open(path.c_str(), ZIP_RDONLY, &error);
-  std::vector<std::string> members;
-  zip_stat_t stat;
-  for (zip_uint64_t i = 0; archive != nullptr && zip_stat_index(archive, i, 0, &stat) == 0; ++i) {
-    members.push_back(std::string(stat.name) + (stat.comp_method == ZIP_CM_DEFLATE ? " deflated" : " stored"));
-  }
-  if (archive != nullptr) zip_discard(archive);
-  return members;
-}
 
 std::string member(const std::string& path, const char* name) {
   std::string text;
   readArchiveMember(path.c_str(), name, text);
   return text;
-}
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 std::string bytes(Metadata* metadata) {

@@ -19,36 +19,19 @@
 #include <vector>
 
 #include "../recognition/recognizer_fixture.h"
+#include "../scratch_files.h"
 
 namespace zando {
 namespace {
+
+using testing_support::archiveMembers;
+using testing_support::readFile;
+using testing_support::scratchPath;
 
 using testing_support::recordShape;
 using Recognizer = std::unique_ptr<GestureRecognition>;
 
 Recognizer fresh() { return Recognizer(GestureRecognition::createZeroFilled()); }
-
-std::string scratchPath(const std::string& name) {
-  return ::testing::TempDir() + "zando_" + std::to_string(::getpid()) + "_" + name;
-}
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-// The members of an archive file, each as its name and whether it is deflated.
-std::vector<std::string> archiveMembers(const std::string& path) {
-  int error = 0;
-  zip_t* archive = zip_open(path.c_str(), ZIP_RDONLY, &error);
-  std::vector<std::string> members;
-  zip_stat_t stat;
-  for (zip_uint64_t i = 0; archive != nullptr && zip_stat_index(archive, i, 0, &stat) == 0; ++i) {
-    members.push_back(std::string(stat.name) + (stat.comp_method == ZIP_CM_DEFLATE ? " deflated" : " stored"));
-  }
-  if (archive != nullptr) zip_discard(archive);
-  return members;
-}
 
 class FileOperationsTest : public ::testing::Test {
  protected:

@@ -13,6 +13,17 @@ namespace testing_support {
 
 constexpr double kPi = 3.14159265358979323846;
 
+// The unit-sized path of shape 0 (circle), 1 (horizontal swipe), 2 (vertical zigzag) or 3 (a "V")
+// at phase t in [0, 1].
+inline void shapeOffset(int shape, double t, double& x, double& y) {
+  switch (shape) {
+    case 0: x = std::cos(2 * kPi * t); y = std::sin(2 * kPi * t); break;
+    case 1: x = -1 + 2 * t; y = 0.1 * std::sin(kPi * t); break;
+    case 2: x = 0.3 * std::sin(6 * kPi * t); y = 1 - 2 * t; break;
+    default: x = -1 + 2 * t; y = std::fabs(x) * 1.5 - 0.75; break;
+  }
+}
+
 // One performance of shape 0 (circle), 1 (horizontal swipe), 2 (vertical zigzag) or 3 (a "V"),
 // with variation in size, position and noise from the generator.
 inline void performShape(IGestureRecognition& r, int shape, int recordAs, std::mt19937& rng, int points = 60) {
@@ -25,12 +36,7 @@ inline void performShape(IGestureRecognition& r, int shape, int recordAs, std::m
   for (int i = 0; i < points; ++i) {
     const double t = static_cast<double>(i) / (points - 1);
     double x = 0, y = 0;
-    switch (shape) {
-      case 0: x = std::cos(2 * kPi * t); y = std::sin(2 * kPi * t); break;
-      case 1: x = -1 + 2 * t; y = 0.1 * std::sin(kPi * t); break;
-      case 2: x = 0.3 * std::sin(6 * kPi * t); y = 1 - 2 * t; break;
-      default: x = -1 + 2 * t; y = std::fabs(x) * 1.5 - 0.75; break;
-    }
+    shapeOffset(shape, t, x, y);
     const double p[3] = {cx + size * x + 0.003 * jitter(rng), cy + size * y + 0.003 * jitter(rng),
                          cz + 0.003 * jitter(rng)};
     const double q[4] = {0.0, 0.0, 0.0, 1.0};
