@@ -19,6 +19,7 @@ int main(void) {
   const double head_q[4] = {0.0, 0.0, 0.0, 1.0};
   double point[3] = {0.0, 1.5, 0.4};
   int i;
+  void* gco;
   void* gro = GestureRecognition_create();
   expect(gro != NULL, "create");
   expect(GestureRecognition_copyVersionString(version, (int)sizeof version) ==
@@ -42,6 +43,14 @@ int main(void) {
   expect(GestureRecognition_getMaxTrainingTime(gro) == 30, "training time default");
   GestureRecognition_delete(gro);
   GestureRecognition_delete(NULL);
+
+  gco = GestureCombinations_create(2);
+  expect(GestureCombinations_numberOfParts(gco) == 2, "combination parts");
+  expect(GestureCombinations_createGesture(gco, 1, "wave", NULL) == 0, "part gesture");
+  expect(GestureCombinations_numberOfGestures(gco, 0) == 0, "other part untouched");
+  expect(GestureCombinations_createGestureCombination(gco, "right wave") == 0, "combination");
+  expect(GestureCombinations_setCombinationPartGesture(gco, 0, 1, 0) == 0, "combination entry");
+  GestureCombinations_delete(gco);
 
   printf("%d passed, %d failed\n", failures == 0 ? 1 : 0, failures == 0 ? 0 : 1);
   return failures == 0 ? 0 : 1;
