@@ -2,8 +2,11 @@
  * Zando: recognition of 3D hand-motion gestures.
  *
  * Two faces of one library. The flat face is a family of C functions that take the object as a
- * `void*` handle; it compiles as C11 and as C++. The class face, `IGestureRecognition`, is
- * available to C++ hosts. Every flat function forwards to the operation of the same name.
+ * `void*` handle; it compiles as C11 and as C++. The class face, `IGestureRecognition` for one
+ * recogniser and `IGestureCombinations` for several recognisers driven as one object (left hand,
+ * right hand, head), is available to C++ hosts. Every flat function forwards to the operation of
+ * the same name: `GestureRecognition_*` to a recogniser, `GestureCombinations_*` to a
+ * combination object.
  *
  * Conventions: operations return an int, a non-negative index, count or 0 on success and a
  * negative `ReturnCode` on failure. Quaternions are x, y, z, w; matrices are sixteen doubles,
