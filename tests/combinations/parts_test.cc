@@ -57,10 +57,6 @@ TEST(CombinationPartsTest, FlatFaceKeepsItsOddities) {
   EXPECT_EQ(GestureCombinations_getMaxTrainingThreads(c), 7);
   EXPECT_EQ(static_cast<IGestureCombinations*>(c)->getMaxTrainingThreads(), 1);
   EXPECT_EQ(static_cast<GestureCombinations*>(c)->parts[1]->maxTrainingTime, 7);
-  GestureCombinations_setIgnoreHeadRotationY(c, 5);
-  EXPECT_EQ(GestureCombinations_getRotationalFrameOfReferenceY(c), 1);
-  GestureCombinations_setRotationalFrameOfReferenceX(c, 2);
-  EXPECT_EQ(GestureCombinations_getIgnoreHeadRotationX(c), 0);
   EXPECT_EQ(GestureCombinations_getTrainingParameter(c, 3), -1);
   EXPECT_EQ(GestureCombinations_setTrainingParameter(c, 3, 12), 0);
   EXPECT_EQ(GestureCombinations_getTrainingParameter(c, 3), 12);
@@ -127,11 +123,6 @@ TEST(CombinationPartsTest, DeletingGesturesKeepsCombinationsConsistent) {
   EXPECT_EQ(c->numberOfGestureCombinations(), 2);
   EXPECT_EQ(c->getCombinationPartGesture(1, 0), 2);  // later records moved down
   EXPECT_EQ(c->deleteGestureCombination(2), -2);
-  char name[2];
-  c->setGestureCombinationName(0, "longer");
-  EXPECT_EQ(c->copyGestureCombinationName(0, name, 2), 2);
-  EXPECT_STREQ(name, "l");
-  EXPECT_EQ(c->getGestureCombinationNameLength(0), 6);
 }
 
 TEST(CombinationPartsTest, CopyRefusalsAndEmptyGestures) {
