@@ -86,18 +86,37 @@ BENCHMARK(BM_CombinationStep)->Unit(benchmark::kMicrosecond);
 
 void onFinish(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
 
-// Two parts that each learn `gestures` curves from `samples` samples, trained with the thread
-// limit of the benchmark's argument; returns the wall seconds to the finish callback and the
-// processor seconds all threads used meanwhile.
-void trainPair(benchmark::State& state, int gestures, int samples, int curveStep, int seconds, double* wall,
-               double* cpu) {
+// Each part stops itself after a fixed number of training steps, so that both thread limits do
+// the same work; the steps then pass on to the object's own forwarder.
+struct StepBudget {
+  zando::GestureCombinations* owner = nullptr;
+  int part = 0;
+  int left = 0;
+};
+
+void budgetedUpdate(double performance, void* context) {
+  auto* budget = static_cast<StepBudget*>(context);
+  if (--budget->left == 0) {
+    int running = zando::kJobRunning;
+    budget->owner->parts[static_cast<size_t>(budget->part)]->trainingState.compare_exchange_strong(
+        running, zando::kJobStopRequested);
+  }
+  zando::GestureCombinations::trainingUpdateForwarder(performance,
+                                                      &budget->owner->partContext[static_cast<size_t>(budget->part)]);
+}
+
+// Two parts that each learn eight curves, every one with a twin so that no candidate is perfect
+// and ends a run early, trained with the thread limit of the benchmark's argument. With a step
+// budget the parts stop after that many steps; without one they train to the time limit.
+// Returns the wall seconds to the finish callback and the processor seconds of all threads.
+void trainPair(benchmark::State& state, int stepBudget, int seconds, double* wall, double* cpu) {
   auto* c = zando::GestureCombinations::createZeroFilled(2);
   std::mt19937 rng(5);
   for (int part = 0; part < 2; ++part) {
-    for (int g = 0; g < gestures; ++g) {
+    for (int g = 0; g < 8; ++g) {
       c->createGesture(part, "curve", nullptr);
-      for (int s = 0; s < samples; ++s) {
-        performCurve(*c, part, g * curveStep / 2, g, rng, 60);
+      for (int s = 0; s < 12; ++s) {
+        performCurve(*c, part, g / 2, g, rng, 60);
         c->endStroke(part, nullptr, nullptr, nullptr, nullptr, nullptr);
       }
     }
@@ -107,6 +126,12 @@ void trainPair(benchmark::State& state, int gestures, int samples, int curveStep
   c->setCombinationPartGesture(k, 1, 2);
   c->setMaxTrainingTime(seconds);
   c->setMaxTrainingThreads(static_cast<int>(state.range(0)));
+  StepBudget budgets[2];
+  for (int part = 0; part < 2 && stepBudget > 0; ++part) {
+    budgets[part] = StepBudget{c, part, stepBudget};
+    c->parts[static_cast<size_t>(part)]->trainingUpdateCallback = &budgetedUpdate;
+    c->parts[static_cast<size_t>(part)]->trainingUpdateCallbackMetadata = &budgets[part];
+  }
   std::atomic<bool> done{false};
   c->trainingFinishCallback = &onFinish;
   c->trainingFinishCallbackMetadata = &done;
@@ -119,13 +144,11 @@ void trainPair(benchmark::State& state, int gestures, int samples, int curveStep
   delete c;
 }
 
-// A fixed amount of work: four clearly different curves, learnt perfectly by the first candidate
-// network most of the time, which ends a part's run. The median of the repetitions leaves out
-// the odd run whose candidate falls short and trains to the 3 s limit.
+// The same work, 6 training steps of each part: the wall time to the finish callback.
 void BM_CombinationTrainingToFinish(benchmark::State& state) {
   for (auto _ : state) {
     double wall = 0.0, cpu = 0.0;
-    trainPair(state, 4, 20, 10, 3, &wall, &cpu);
+    trainPair(state, 6, 60, &wall, &cpu);
     state.SetIterationTime(wall);
   }
 }
@@ -134,17 +157,16 @@ BENCHMARK(BM_CombinationTrainingToFinish)
     ->Arg(2)
     ->UseManualTime()
     ->Iterations(1)
-    ->Repetitions(9)
+    ->Repetitions(5)
     ->ReportAggregatesOnly(true)
     ->Unit(benchmark::kMillisecond);
 
-// Training to the time limit (every curve has a twin, so no candidate is perfect): both thread
-// limits take the same wall time, as a part's limit runs on the wall clock; busy_cores shows how
-// many parts computed at once.
+// Training to the time limit takes the same wall time with either limit, as a part's limit runs
+// on the wall clock; busy_cores shows how many parts computed at once.
 void BM_CombinationTrainingToTimeLimit(benchmark::State& state) {
   double wall = 0.0, cpu = 0.0;
   for (auto _ : state) {
-    trainPair(state, 8, 12, 1, 2, &wall, &cpu);
+    trainPair(state, 0, 2, &wall, &cpu);
     state.SetIterationTime(wall);
   }
   state.counters["busy_cores"] = cpu / wall;

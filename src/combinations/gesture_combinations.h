@@ -4,7 +4,6 @@
 #ifndef ZANDO_COMBINATIONS_GESTURE_COMBINATIONS_H
 #define ZANDO_COMBINATIONS_GESTURE_COMBINATIONS_H
 
-#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
