@@ -15,6 +15,7 @@
 #include <zando/zando.h>
 
 #include "demo_motion.h"
+#include "demo_continuous.h"
 #include "demo_two_hands.h"
 
 namespace {
@@ -164,5 +165,6 @@ int main(int argc, char** argv) {
   GestureRecognition_delete(gro);
 
   runTwoHandedDemo(trainingSeconds / 2);
+  runContinuousDemo(trainingSeconds / 2);
   return 0;
 }
