@@ -4,7 +4,7 @@
 
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
-PACKAGES := cmake make g++ pkg-config libeigen3-dev libzip-dev zipcmp zipmerge ziptool libgtest-dev libbenchmark-dev
+PACKAGES := cmake make g++ pkg-config libeigen3-dev libzip-dev zipcmp zipmerge ziptool libgtest-dev libbenchmark-dev libcli11-dev libfmt-dev nlohmann-json3-dev
 
 .PHONY: all deps configure build test demo bench clean
 

@@ -1,0 +1,77 @@
+// `zando`: the command line for people who build with gestures. Built on the public API only.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <zando/zando.h>
+
+#include "commands.h"
+
+namespace cli {
+
+const char* returnCodeName(int code) {
+  switch (code) {
+    case ReturnCode_Success: return "ReturnCode_Success";
+    case ReturnCode_Failed: return "ReturnCode_Failed";
+    case ReturnCode_InvalidIndex: return "ReturnCode_InvalidIndex";
+    case ReturnCode_InvalidPath: return "ReturnCode_InvalidPath";
+    case ReturnCode_InvalidFile: return "ReturnCode_InvalidFile";
+    case ReturnCode_PointCountMismatch: return "ReturnCode_PointCountMismatch";
+    case ReturnCode_StrokeTooShort: return "ReturnCode_StrokeTooShort";
+    case ReturnCode_TrainingInProgress: return "ReturnCode_TrainingInProgress";
+    case ReturnCode_NoGestures: return "ReturnCode_NoGestures";
+    case ReturnCode_ModelMismatch: return "ReturnCode_ModelMismatch";
+    case ReturnCode_CannotReplaceFile: return "ReturnCode_CannotReplaceFile";
+    case ReturnCode_NoStrokeStarted: return "ReturnCode_NoStrokeStarted";
+    case ReturnCode_NoPartResult: return "ReturnCode_NoPartResult";
+    case ReturnCode_ResourceError: return "ReturnCode_ResourceError";
+    case ReturnCode_LoadingInProgress: return "ReturnCode_LoadingInProgress";
+    case ReturnCode_SavingInProgress: return "ReturnCode_SavingInProgress";
+    case ReturnCode_InvalidParameter: return "ReturnCode_InvalidParameter";
+    case ReturnCode_StreamError: return "ReturnCode_StreamError";
+    default: return "unknown code";
+  }
+}
+
+}  // namespace cli
+
+int main(int argc, char** argv) {
+  CLI::App app{fmt::format("zando {}: gesture sets, recordings and evaluation", GestureRecognition_getVersionString())};
+  app.require_subcommand(0, 1);
+
+  std::string infoPath;
+  CLI::App* info = app.add_subcommand("info", "Summarise a gesture database or combination file");
+  info->add_option("FILE", infoPath, "the file")->required();
+
+  cli::TrainOptions train;
+  std::vector<std::string> parameters;
+  CLI::App* trainCommand = app.add_subcommand("train", "Record a recording file into a new set, train it and save it");
+  trainCommand->add_option("DATA", train.recording, "recording file (CSV)")->required();
+  trainCommand->add_option("-o,--output", train.output, "the set to write")->required();
+  trainCommand->add_option("--seconds", train.seconds, "training time limit")->check(CLI::PositiveNumber);
+  trainCommand->add_option("--param", parameters, "pin a training parameter, ID=VALUE");
+
+  try {
+    app.parse(argc, argv);
+    for (const std::string& pair : parameters) {
+      const size_t equals = pair.find('=');
+      if (equals == std::string::npos) throw CLI::ValidationError("--param", "'" + pair + "' is not ID=VALUE");
+      train.parameters.emplace_back(std::stoi(pair.substr(0, equals)), std::stoi(pair.substr(equals + 1)));
+    }
+  } catch (const CLI::CallForHelp&) {
+    fmt::print("{}", app.help());
+    return 0;
+  } catch (const CLI::ParseError& e) {
+    fmt::print(stderr, "zando: {}\n", e.what());
+    return 2;
+  } catch (const std::exception& e) {
+    fmt::print(stderr, "zando: bad argument: {}\n", e.what());
+    return 2;
+  }
+  if (info->parsed()) return cli::runInfo(infoPath);
+  if (trainCommand->parsed()) return cli::runTrain(train);
+  fmt::print("{}", app.help());
+  return 0;
+}
