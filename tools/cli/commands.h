@@ -22,6 +22,18 @@ struct TrainOptions {
 };
 int runTrain(const TrainOptions& options);
 
+struct EvalOptions {
+  std::string recording;
+  int trainPerClass = 4;
+  int trials = 2;
+  int seconds = 5;
+  bool bySubject = false;
+  bool json = false;
+  int jobs = 1;
+  unsigned seed = 1;
+};
+int runEval(const EvalOptions& options);
+
 // A progress line: redrawn in place on a terminal, else one plain line now and then.
 class Progress {
  public:

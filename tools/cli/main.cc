@@ -1,6 +1,8 @@
 // `zando`: the command line for people who build with gestures. Built on the public API only.
 #include <cstdio>
+#include <algorithm>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -53,6 +55,20 @@ int main(int argc, char** argv) {
   trainCommand->add_option("--seconds", train.seconds, "training time limit")->check(CLI::PositiveNumber);
   trainCommand->add_option("--param", parameters, "pin a training parameter, ID=VALUE");
 
+  cli::EvalOptions eval;
+  eval.jobs = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+  CLI::App* evalCommand = app.add_subcommand("eval", "Measure how well a recording's gestures are recognised");
+  evalCommand->add_option("DATA", eval.recording, "recording file (CSV)")->required();
+  evalCommand->add_option("--train-per-class", eval.trainPerClass, "samples of each gesture for training")
+      ->check(CLI::PositiveNumber);
+  evalCommand->add_option("--trials", eval.trials, "repetitions with new random draws")->check(CLI::PositiveNumber);
+  evalCommand->add_option("--seconds", eval.seconds, "training time limit of each set")->check(CLI::PositiveNumber);
+  evalCommand->add_flag("--by-subject", eval.bySubject, "leave one subject out: sets trained on the others");
+  evalCommand->add_flag("--json", eval.json, "machine-readable output");
+  evalCommand->add_option("--jobs", eval.jobs, "trainings in parallel (default: the core count)")
+      ->check(CLI::PositiveNumber);
+  evalCommand->add_option("--seed", eval.seed, "seed of the random draws");
+
   try {
     app.parse(argc, argv);
     for (const std::string& pair : parameters) {
@@ -72,6 +88,7 @@ int main(int argc, char** argv) {
   }
   if (info->parsed()) return cli::runInfo(infoPath);
   if (trainCommand->parsed()) return cli::runTrain(train);
+  if (evalCommand->parsed()) return cli::runEval(eval);
   fmt::print("{}", app.help());
   return 0;
 }
