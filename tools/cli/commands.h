@@ -13,6 +13,16 @@ namespace cli {
 const char* returnCodeName(int code);
 
 int runInfo(const std::string& path);
+// The feature selector that a gesture database file stores (the frequency path is 3).
+int storedFeatureSelector(const std::string& path);
+
+struct PlotOptions {
+  std::string input;    // a gesture database or a recording (.csv)
+  std::string gesture;  // empty: every gesture
+  std::string output;
+  int samples = 0;      // at most this many samples of each gesture; 0: all
+};
+int runPlot(const PlotOptions& options);
 
 struct TrainOptions {
   std::string recording;

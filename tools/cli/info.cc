@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -194,6 +195,8 @@ int describeCombinations(const std::string& path, void* gco) {
 }
 
 }  // namespace
+
+int storedFeatureSelector(const std::string& path) { return readHead(memberOrFile(path, "nn.txt")).selector; }
 
 int runInfo(const std::string& path) {
   if (std::FILE* file = std::fopen(path.c_str(), "rb")) {

@@ -69,6 +69,14 @@ int main(int argc, char** argv) {
       ->check(CLI::PositiveNumber);
   evalCommand->add_option("--seed", eval.seed, "seed of the random draws");
 
+  cli::PlotOptions plot;
+  CLI::App* plotCommand = app.add_subcommand("plot", "Draw the samples of gestures in three projections as SVG");
+  plotCommand->add_option("INPUT", plot.input, "gesture database, or recording file ending in .csv")->required();
+  plotCommand->add_option("--gesture", plot.gesture, "only this gesture (default: all, as small multiples)");
+  plotCommand->add_option("-o,--output", plot.output, "the SVG file to write")->required();
+  plotCommand->add_option("--samples", plot.samples, "at most this many samples of each gesture")
+      ->check(CLI::NonNegativeNumber);
+
   try {
     app.parse(argc, argv);
     for (const std::string& pair : parameters) {
@@ -89,6 +97,7 @@ int main(int argc, char** argv) {
   if (info->parsed()) return cli::runInfo(infoPath);
   if (trainCommand->parsed()) return cli::runTrain(train);
   if (evalCommand->parsed()) return cli::runEval(eval);
+  if (plotCommand->parsed()) return cli::runPlot(plot);
   fmt::print("{}", app.help());
   return 0;
 }
