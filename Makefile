@@ -38,7 +38,9 @@ demo: build
 	$(BUILD_DIR)/tools/zando_demo
 
 bench: build
-	$(BUILD_DIR)/bench/zando_bench
+	$(BUILD_DIR)/bench/zando_bench --benchmark_out=$(BUILD_DIR)/bench.json --benchmark_out_format=json
+	@echo
+	@$(BUILD_DIR)/tools/zando_bench_summary $(BUILD_DIR)/bench.json
 
 clean:
 	rm -rf $(BUILD_DIR)

@@ -1,0 +1,98 @@
+// Reads the JSON that the benchmark program writes and prints one table: each figure, its
+// reference measured in the same run where there is one, the ratio, and the figure's target.
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+struct Row {
+  const char* what;
+  const char* figure;     // benchmark name
+  const char* reference;  // benchmark name, or empty
+  const char* target;     // in words
+  double limit;           // the figure's bound in microseconds, or the ratio's when ratioTarget
+  bool ratioTarget;
+};
+
+// What people read before choosing the library. Names are those of bench/.
+const Row kRows[] = {
+    {"contdStrokeQ, one tracked point", "BM_ContdStrokeQ", "", "< 0.1 us", 0.1, false},
+    {"features, main path, 90 points", "BM_ExtractFeaturesMainPath", "", "< 10 us", 10, false},
+    {"features, frequency path, 90 points", "BM_ExtractFeaturesFrequencyPath", "", "< 10 us", 10, false},
+    {"network forward pass, one stroke", "BM_Forward", "BM_ForwardReference", "ratio <= 1.5", 1.5, true},
+    {"endStroke, 20 gestures, trained shape", "BM_EndStrokeIdentification/manual_time", "", "< 20 us", 20, false},
+    {"contdIdentify at 90 Hz, 1 s window", "BM_ContdIdentify/1/iterations:150/manual_time",
+     "BM_EndStrokeOfTheWindowsLength/1/iterations:150/manual_time", "< 30 us", 30, false},
+    {"contdIdentify back to back", "BM_ContdIdentify/0/iterations:150/manual_time",
+     "BM_EndStrokeOfTheWindowsLength/0/iterations:150/manual_time", "", 0, false},
+    {"training iteration, 20 x 20 samples", "BM_TrainingIteration", "BM_TrainingIterationReference", "ratio <= 1.3",
+     1.3, true},
+    {"database text write, 24 MB", "BM_WriteDatabase/min_time:2.000", "", "", 0, false},
+    {"database text read, 24 MB", "BM_ReadDatabase/min_time:2.000", "", "", 0, false},
+    {"saveToFile, 20 x 50 samples + network", "BM_SaveToFile/min_time:2.000", "", "< 1 s", 1e6, false},
+    {"loadFromFile, the same", "BM_LoadFromFile/min_time:2.000", "", "", 0, false},
+    {"combination step, 10 combinations", "BM_CombinationStep", "BM_TwoPartStrokeEnds/manual_time",
+     "< 2 us on top", 2, false},
+    {"two parts trained, 2 threads vs 1", "BM_CombinationTrainingToFinish/2/iterations:1/repeats:5/manual_time_median",
+     "BM_CombinationTrainingToFinish/1/iterations:1/repeats:5/manual_time_median", "ratio close to 0.5", 0.6, true},
+};
+
+double toMicroseconds(double value, const std::string& unit) {
+  if (unit == "ns") return value / 1000.0;
+  if (unit == "ms") return value * 1000.0;
+  if (unit == "s") return value * 1e6;
+  return value;
+}
+
+std::string showTime(double us) {
+  if (us < 1.0) return fmt::format("{:.0f} ns", us * 1000.0);
+  if (us < 1000.0) return fmt::format("{:.1f} us", us);
+  return fmt::format("{:.1f} ms", us / 1000.0);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: zando_bench_summary BENCHMARK.json\n");
+    return 2;
+  }
+  std::ifstream in(argv[1]);
+  nlohmann::json results;
+  try {
+    in >> results;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "zando_bench_summary: cannot read %s: %s\n", argv[1], e.what());
+    return 1;
+  }
+  std::map<std::string, double> times;
+  for (const auto& entry : results["benchmarks"]) {
+    if (entry.contains("error_occurred") && entry["error_occurred"].get<bool>()) continue;
+    times[entry["name"].get<std::string>()] =
+        toMicroseconds(entry["real_time"].get<double>(), entry["time_unit"].get<std::string>());
+  }
+  fmt::print("| figure | measured | reference | ratio | target | met |\n|---|---|---|---|---|---|\n");
+  for (const Row& row : kRows) {
+    const auto figure = times.find(row.figure);
+    if (figure == times.end()) continue;
+    const auto reference = row.reference[0] != '\0' ? times.find(row.reference) : times.end();
+    const bool hasReference = reference != times.end();
+    const double ratio = hasReference ? figure->second / reference->second : NAN;
+    std::string met = "";
+    if (row.limit > 0) {
+      const double checked = row.ratioTarget ? ratio : figure->second;
+      met = std::isnan(checked) ? "" : (checked <= row.limit ? "yes" : "no");
+    }
+    fmt::print("| {} | {} | {} | {} | {} | {} |\n", row.what, showTime(figure->second),
+               hasReference ? showTime(reference->second) : "", hasReference ? fmt::format("{:.2f}", ratio) : "",
+               row.target, met);
+  }
+  return 0;
+}
