@@ -1,6 +1,7 @@
 // `zando plot FILE|DATA.csv -o OUT.svg`: the samples of a gesture, or of every gesture as small
 // multiples, in three orthogonal projections (front, top, side) so that depth shows; over them,
-// where the set is trained on positions, the gesture's mean stroke.
+// where the set is trained on positions, a fourth view of the samples as the network sees them
+// (normalised waypoints) with the gesture's mean stroke over them.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -24,31 +25,17 @@ using Path = std::vector<std::array<double, 3>>;
 struct GesturePicture {
   std::string name;
   std::vector<Path> samples;
-  Path mean;  // empty when there is none to draw
+  // The waypoints of each sample as the network sees them, and the gesture's mean in the same
+  // normalised frame; empty when the set holds no mean of positions.
+  std::vector<Path> processed;
+  Path mean;
 };
 
 constexpr double kPanel = 180.0;
 constexpr double kMargin = 14.0;
 constexpr double kLabel = 22.0;
-const char* const kViews[3] = {"front (x, y)", "top (x, z)", "side (z, y)"};
-const int kAxes[3][2] = {{0, 1}, {0, 2}, {2, 1}};
-
-// The mean is stored in the stroke's own normalised frame: turned, scaled and moved back.
-Path meanInWorld(const double (*positions)[3], int count, const double place[3], const double turn[4], double scale) {
-  const double x = turn[0], y = turn[1], z = turn[2], w = turn[3];
-  const double r[3][3] = {{1 - 2 * (y * y + z * z), 2 * (x * y - z * w), 2 * (x * z + y * w)},
-                          {2 * (x * y + z * w), 1 - 2 * (x * x + z * z), 2 * (y * z - x * w)},
-                          {2 * (x * z - y * w), 2 * (y * z + x * w), 1 - 2 * (x * x + y * y)}};
-  Path path;
-  for (int i = 0; i < count; ++i) {
-    std::array<double, 3> p{};
-    for (int a = 0; a < 3; ++a) {
-      p[a] = place[a] + scale * (r[a][0] * positions[i][0] + r[a][1] * positions[i][1] + r[a][2] * positions[i][2]);
-    }
-    path.push_back(p);
-  }
-  return path;
-}
+const char* const kViews[4] = {"front (x, y)", "top (x, z)", "side (z, y)", "normalised, with the mean"};
+const int kAxes[4][2] = {{0, 1}, {0, 2}, {2, 1}, {0, 1}};
 
 bool fromRecording(const std::string& path, std::vector<GesturePicture>& pictures, std::string& error) {
   Recording recording;
@@ -92,16 +79,46 @@ bool fromSet(const std::string& path, std::vector<GesturePicture>& pictures, std
     const int rows = GestureRecognition_getGestureMeanLength(gro, g);
     if (meansDrawn && rows > 0) {
       std::vector<double> positions(3 * static_cast<size_t>(rows)), rotations(4 * static_cast<size_t>(rows));
-      double place[3] = {0, 0, 0}, turn[4] = {0, 0, 0, 1}, scale = 0.0;
+      std::vector<double> heads(3 * static_cast<size_t>(rows)), headTurns(4 * static_cast<size_t>(rows));
       auto* p = reinterpret_cast<double(*)[3]>(positions.data());
-      const int got = GestureRecognition_getGestureMeanStroke(gro, g, p, reinterpret_cast<double(*)[4]>(rotations.data()),
-                                                              rows, place, turn, &scale);
-      if (got > 0 && scale > 0.0) picture.mean = meanInWorld(p, got, place, turn, scale);
+      auto* q = reinterpret_cast<double(*)[4]>(rotations.data());
+      const auto toPath = [&](int count) {
+        Path path;
+        for (int i = 0; i < count; ++i) path.push_back({p[i][0], p[i][1], p[i][2]});
+        return path;
+      };
+      const int got = GestureRecognition_getGestureMeanStroke(gro, g, p, q, rows, nullptr, nullptr, nullptr);
+      if (got > 0) {
+        picture.mean = toPath(got);
+        for (int s = 0; s < GestureRecognition_getGestureNumberOfSamples(gro, g); ++s) {
+          const int n = GestureRecognition_getGestureSampleStroke(gro, g, s, 1, rows, p, q,
+                                                                  reinterpret_cast<double(*)[3]>(heads.data()),
+                                                                  reinterpret_cast<double(*)[4]>(headTurns.data()));
+          picture.processed.push_back(toPath(n));
+        }
+      }
     }
     pictures.push_back(std::move(picture));
   }
   GestureRecognition_delete(gro);
   return true;
+}
+
+// One scale for every view of a gesture, so that its proportions hold.
+double fit(const std::vector<Path>& paths, double low[3]) {
+  double high[3];
+  std::fill(low, low + 3, std::numeric_limits<double>::max());
+  std::fill(high, high + 3, std::numeric_limits<double>::lowest());
+  for (const Path& path : paths) {
+    for (const auto& p : path) {
+      for (size_t a = 0; a < 3; ++a) {
+        low[a] = std::min(low[a], p[a]);
+        high[a] = std::max(high[a], p[a]);
+      }
+    }
+  }
+  const double extent = std::max({high[0] - low[0], high[1] - low[1], high[2] - low[2], 1e-9});
+  return (kPanel - 2 * kMargin) / extent;
 }
 
 std::string polyline(const Path& path, int view, const double low[3], double unit, double left, double top,
@@ -130,7 +147,9 @@ int runPlot(const PlotOptions& options) {
   }
   if (options.samples > 0) {
     for (GesturePicture& picture : pictures) {
-      if (picture.samples.size() > static_cast<size_t>(options.samples)) picture.samples.resize(static_cast<size_t>(options.samples));
+      const size_t keep = static_cast<size_t>(options.samples);
+      if (picture.samples.size() > keep) picture.samples.resize(keep);
+      if (picture.processed.size() > keep) picture.processed.resize(keep);
     }
   }
   if (!options.gesture.empty()) {
@@ -142,46 +161,41 @@ int runPlot(const PlotOptions& options) {
       return 1;
     }
   }
-  const double width = 3 * kPanel + 120.0;
+  const bool withMeans = std::any_of(pictures.begin(), pictures.end(), [](const GesturePicture& p) { return !p.mean.empty(); });
+  const int views = withMeans ? 4 : 3;
+  const double width = views * kPanel + 120.0;
   const double rowHeight = kPanel + kLabel;
   std::string svg = fmt::format(
       "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{:.0f}\" height=\"{:.0f}\" font-family=\"sans-serif\" "
       "font-size=\"12\">\n<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n",
       width, kLabel + rowHeight * static_cast<double>(pictures.size()));
-  for (int view = 0; view < 3; ++view) {
+  for (int view = 0; view < views; ++view) {
     svg += fmt::format("<text x=\"{:.0f}\" y=\"15\" fill=\"#444\">{}</text>\n", 120.0 + view * kPanel + kMargin,
                        kViews[view]);
   }
   for (size_t g = 0; g < pictures.size(); ++g) {
     const GesturePicture& picture = pictures[g];
-    // One scale for the three views of a gesture, so that its proportions hold.
-    double low[3], high[3];
-    std::fill(low, low + 3, std::numeric_limits<double>::max());
-    std::fill(high, high + 3, std::numeric_limits<double>::lowest());
-    for (const Path& path : picture.samples) {
-      for (const auto& p : path) {
-        for (size_t a = 0; a < 3; ++a) {
-          low[a] = std::min(low[a], p[a]);
-          high[a] = std::max(high[a], p[a]);
-        }
-      }
-    }
-    const double extent = std::max({high[0] - low[0], high[1] - low[1], high[2] - low[2], 1e-9});
-    const double unit = (kPanel - 2 * kMargin) / extent;
+    double low[3], normalLow[3];
+    const double unit = fit(picture.samples, low);
+    std::vector<Path> normalised = picture.processed;
+    normalised.push_back(picture.mean);
+    const double normalUnit = fit(normalised, normalLow);
     const double top = kLabel + rowHeight * static_cast<double>(g);
     svg += fmt::format("<text x=\"8\" y=\"{:.0f}\">{}</text>\n<text x=\"8\" y=\"{:.0f}\" fill=\"#777\">{} samples</text>\n",
                        top + kPanel / 2, picture.name, top + kPanel / 2 + 16, picture.samples.size());
-    for (int view = 0; view < 3; ++view) {
+    for (int view = 0; view < views; ++view) {
       const double left = 120.0 + view * kPanel;
       svg += fmt::format("<rect x=\"{:.0f}\" y=\"{:.0f}\" width=\"{:.0f}\" height=\"{:.0f}\" fill=\"none\" "
                          "stroke=\"#ddd\"/>\n",
                          left + 2, top + 2, kPanel - 4, kPanel - 4);
-      for (const Path& path : picture.samples) {
-        svg += polyline(path, view, low, unit, left, top,
+      const bool normal = view == 3;
+      for (const Path& path : normal ? picture.processed : picture.samples) {
+        svg += polyline(path, view, normal ? normalLow : low, normal ? normalUnit : unit, left, top,
                         "fill=\"none\" stroke=\"#3b6fb6\" stroke-opacity=\"0.35\" stroke-width=\"1\"");
       }
-      if (!picture.mean.empty()) {
-        svg += polyline(picture.mean, view, low, unit, left, top, "fill=\"none\" stroke=\"#d2452b\" stroke-width=\"2.5\"");
+      if (normal && !picture.mean.empty()) {
+        svg += polyline(picture.mean, view, normalLow, normalUnit, left, top,
+                        "fill=\"none\" stroke=\"#d2452b\" stroke-width=\"2.5\"");
       }
     }
   }
