@@ -96,7 +96,7 @@ TEST(CommandLineTest, UsageAndErrorsAreClear) {
 TEST(CommandLineTest, ARecordingTrainsAndIsDescribedEvaluatedAndDrawn) {
   const std::string csv = writeRecording("gestures.csv");
   const std::string set = scratchPath("gestures.dat");
-  const Outcome trained = run("train " + csv + " -o " + set + " --seconds 1 --param 1=20");
+  const Outcome trained = run("train " + csv + " -o " + set + " --seconds 1 --param 1=20 --param 6=0");
   ASSERT_EQ(trained.exitCode, 0) << trained.output;
   EXPECT_NE(trained.output.find("24 samples of 3 gestures from 2 subjects"), std::string::npos);
   EXPECT_NE(trained.output.find("training done"), std::string::npos);  // plain lines off a terminal
@@ -123,7 +123,10 @@ TEST(CommandLineTest, ARecordingTrainsAndIsDescribedEvaluatedAndDrawn) {
   EXPECT_EQ(picture.rfind("<svg", 0), 0u);
   size_t lines = 0;
   for (size_t at = picture.find("<polyline"); at != std::string::npos; at = picture.find("<polyline", at + 1)) ++lines;
-  EXPECT_GE(lines, 3u * 3u * 8u);  // every sample in each of the three views
+  EXPECT_GE(lines, 3u * 4u * 8u);  // every sample in each of the four views
+  // Features of positions: a fourth view shows the mean in the samples' normalised frame.
+  EXPECT_NE(picture.find("normalised, with the mean"), std::string::npos);
+  EXPECT_NE(picture.find("stroke=\"#d2452b\""), std::string::npos);
   EXPECT_EQ(run("plot " + csv + " --gesture nothing -o " + svg).exitCode, 1);
   for (const std::string& path : {csv, set, svg}) std::remove(path.c_str());
 }
