@@ -43,7 +43,6 @@ void onTrainingUpdate(double score, void*) {
   if (score > bestScore.load()) bestScore.store(score);
 }
 
-void onTrainingFinish(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
 
 struct Evaluation {
   int confusion[kGestures][kGestures] = {};
@@ -122,7 +121,7 @@ int main(int argc, char** argv) {
   std::atomic<bool> done{false};
   GestureRecognition_setMaxTrainingTime(gro, trainingSeconds);
   GestureRecognition_setTrainingUpdateCallback(gro, &onTrainingUpdate);
-  GestureRecognition_setTrainingFinishCallback(gro, &onTrainingFinish);
+  GestureRecognition_setTrainingFinishCallback(gro, &demo::markDone);
   GestureRecognition_setTrainingFinishCallbackMetadata(gro, &done);
   const auto trainingStart = std::chrono::steady_clock::now();
   const int started = GestureRecognition_startTraining(gro);

@@ -58,7 +58,6 @@ std::vector<Frame> makeStream(const demo::HeadPose& head, const std::vector<int>
   return stream;
 }
 
-void onFinish(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
 
 }  // namespace
 
@@ -84,7 +83,7 @@ void runContinuousDemo(int trainingSeconds) {
               trainingSeconds);
   std::atomic<bool> done{false};
   GestureRecognition_setMaxTrainingTime(gro, trainingSeconds);
-  GestureRecognition_setTrainingFinishCallback(gro, &onFinish);
+  GestureRecognition_setTrainingFinishCallback(gro, &demo::markDone);
   GestureRecognition_setTrainingFinishCallbackMetadata(gro, &done);
   GestureRecognition_setTrainingUpdateCallback(gro, nullptr);
   if (GestureRecognition_startTraining(gro) != 0) {

@@ -4,6 +4,7 @@
 #define ZANDO_TOOLS_DEMO_MOTION_H
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <random>
@@ -104,6 +105,9 @@ inline std::vector<HandPose> handPath(int gesture, const HeadPose& head, std::mt
   }
   return path;
 }
+
+// A finish callback that sets the std::atomic<bool> it is handed.
+inline void markDone(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
 
 // A progress bar of the time spent against the limit, with the figure the training reports.
 inline void progressBar(double seconds, double limit, double score, const char* label) {

@@ -99,7 +99,6 @@ void report(const Outcome& outcome) {
 
 std::atomic<double> meanBest{0.0};
 void onUpdate(double performance, void*) { meanBest.store(performance); }
-void onFinish(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
 
 }  // namespace
 
@@ -136,7 +135,7 @@ void runTwoHandedDemo(int trainingSeconds) {
   GestureCombinations_setMaxTrainingTime(gco, trainingSeconds);
   GestureCombinations_setMaxTrainingThreads(gco, 2);
   GestureCombinations_setTrainingUpdateCallback(gco, &onUpdate);
-  GestureCombinations_setTrainingFinishCallback(gco, &onFinish);
+  GestureCombinations_setTrainingFinishCallback(gco, &demo::markDone);
   GestureCombinations_setTrainingFinishCallbackMetadata(gco, &done);
   const auto start = std::chrono::steady_clock::now();
   const int started = GestureCombinations_startTraining(gco);

@@ -252,10 +252,7 @@ int GestureCombinations::saveToFile(const char* path) {
     StringOutputBuffer buffer(partText);
     std::ostream out(&buffer);
     savingPart = i;
-    recognizer->rotationalFrameOfReferenceX = rotationalFrameOfReferenceX;
-    recognizer->rotationalFrameOfReferenceY = rotationalFrameOfReferenceY;
-    recognizer->rotationalFrameOfReferenceZ = rotationalFrameOfReferenceZ;
-    recognizer->rotationalFrameOfReferenceRotationOrder = rotationalFrameOfReferenceRotationOrder;
+    lendFrameTo(*recognizer);
     recognizer->savingUpdateCallback = &savingProgressForwarder;
     recognizer->savingUpdateMetadata = this;
     int result = recognizer->saveToStream(&out);
@@ -335,10 +332,7 @@ int GestureCombinations::loadPart(int index, std::istream& in, MetadataCreatorFu
   loadingPart = index;
   int result = recognizer.loadFromStream(&in, creator);
   if (result >= 0) {
-    rotationalFrameOfReferenceX = recognizer.rotationalFrameOfReferenceX;
-    rotationalFrameOfReferenceY = recognizer.rotationalFrameOfReferenceY;
-    rotationalFrameOfReferenceZ = recognizer.rotationalFrameOfReferenceZ;
-    rotationalFrameOfReferenceRotationOrder = recognizer.rotationalFrameOfReferenceRotationOrder;
+    takeFrameFrom(recognizer);
     if (withFlag) result = readPartEnabled(in, partEnabled[static_cast<size_t>(index)]);
   }
   loadingPart = -1;
@@ -543,18 +537,14 @@ int GestureCombinations::loadGestureFromBuffer(int part, const char* buffer, int
 // ---- In the background ----
 
 int GestureCombinations::saveToFileAsync(const char* path) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   if (!validJobPath(path)) return ReturnCode_InvalidPath;
   return runInBackground(savingState, activeWorkers, mutex, condition, savingFinishCallback, savingFinishMetadata,
                          [this, copy = std::string(path)] { return saveToFile(copy.c_str()); });
 }
 
 int GestureCombinations::loadFromFileAsync(const char* path, MetadataCreatorFunction metadataCreator) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   if (!validJobPath(path)) return ReturnCode_InvalidPath;
   return runInBackground(loadingState, activeWorkers, mutex, condition, loadingFinishCallback, loadingFinishMetadata,
                          [this, copy = std::string(path), metadataCreator] {
@@ -563,9 +553,7 @@ int GestureCombinations::loadFromFileAsync(const char* path, MetadataCreatorFunc
 }
 
 int GestureCombinations::loadFromBufferAsync(const char* buffer, int size, MetadataCreatorFunction metadataCreator) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   if (buffer == nullptr || size < 0) return ReturnCode_InvalidParameter;
   return runInBackground(loadingState, activeWorkers, mutex, condition, loadingFinishCallback, loadingFinishMetadata,
                          [this, copy = std::string(buffer, static_cast<size_t>(size)), metadataCreator] {

@@ -20,9 +20,7 @@ bool inList(const std::vector<GestureCombination>& list, int index) {
 int GestureCombinations::numberOfGestureCombinations() { return static_cast<int>(combinations.size()); }
 
 int GestureCombinations::createGestureCombination(const char* name) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   GestureCombination combination;
   combination.name = name != nullptr ? name : "";
   combination.partCount = partCount;
@@ -32,18 +30,14 @@ int GestureCombinations::createGestureCombination(const char* name) {
 }
 
 int GestureCombinations::deleteGestureCombination(int combination) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   if (!inList(combinations, combination)) return ReturnCode_InvalidIndex;
   combinations.erase(combinations.begin() + combination);
   return ReturnCode_Success;
 }
 
 int GestureCombinations::deleteAllGestureCombinations() {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   combinations.clear();
   return ReturnCode_Success;
 }
@@ -239,9 +233,7 @@ int GestureCombinations::contdIdentifyGetLastStrokeInfo(int part, double pos[3],
 // ---- Recording from the running motion ----
 
 int GestureCombinations::contdRecord(const double headPosition[3], const double headRotation[4]) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   int first = ReturnCode_Success;
   for (int i = 0; i < partCount; ++i) {
     GestureRecognition* recognizer = partAt(i);
@@ -259,9 +251,7 @@ int GestureCombinations::contdRecordM(const double headMatrix[4][4]) {
 }
 
 int GestureCombinations::contdRecordPart(int part, const double headPosition[3], const double headRotation[4]) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   if (!validPart(part)) return ReturnCode_InvalidParameter;
   GestureRecognition* recognizer = partAt(part);
   return recognizer == nullptr ? ReturnCode_ResourceError : recognizer->contdRecord(headPosition, headRotation);

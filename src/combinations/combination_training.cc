@@ -87,10 +87,7 @@ int GestureCombinations::startTraining() {
   for (size_t n = 0; n < starting.size(); ++n) {
     GestureRecognition& recognizer = *parts[static_cast<size_t>(starting[n])];
     recognizer.maxTrainingTime = maxTrainingTime;
-    recognizer.rotationalFrameOfReferenceX = rotationalFrameOfReferenceX;
-    recognizer.rotationalFrameOfReferenceY = rotationalFrameOfReferenceY;
-    recognizer.rotationalFrameOfReferenceZ = rotationalFrameOfReferenceZ;
-    recognizer.rotationalFrameOfReferenceRotationOrder = rotationalFrameOfReferenceRotationOrder;
+    lendFrameTo(recognizer);
     // Every candidate is reported, so that each step passes through the scheduler.
     recognizer.reportAllUpdates = 1;
     const int result = recognizer.startTraining();

@@ -35,13 +35,6 @@ class GateUse {
 
 }  // namespace
 
-PoseArrays::PoseArrays(const double matrix[4][4]) {
-  Quaternion q;
-  Vector3 p;
-  quaternionFromMatrix(&matrix[0][0], q, p);
-  p.copyTo(position);
-  q.copyTo(rotation);
-}
 
 void PartAccessGate::close() {
   closed_.store(true);
@@ -123,6 +116,20 @@ void GestureCombinations::wirePart(int index) {
   recognizer.loadingUpdateMetadata = this;
 }
 
+void GestureCombinations::lendFrameTo(GestureRecognition& recognizer) const {
+  recognizer.rotationalFrameOfReferenceX = rotationalFrameOfReferenceX;
+  recognizer.rotationalFrameOfReferenceY = rotationalFrameOfReferenceY;
+  recognizer.rotationalFrameOfReferenceZ = rotationalFrameOfReferenceZ;
+  recognizer.rotationalFrameOfReferenceRotationOrder = rotationalFrameOfReferenceRotationOrder;
+}
+
+void GestureCombinations::takeFrameFrom(const GestureRecognition& recognizer) {
+  rotationalFrameOfReferenceX = recognizer.rotationalFrameOfReferenceX;
+  rotationalFrameOfReferenceY = recognizer.rotationalFrameOfReferenceY;
+  rotationalFrameOfReferenceZ = recognizer.rotationalFrameOfReferenceZ;
+  rotationalFrameOfReferenceRotationOrder = recognizer.rotationalFrameOfReferenceRotationOrder;
+}
+
 void GestureCombinations::prepareResults(int index) {
   const size_t i = static_cast<size_t>(index);
   const int gestures = parts[i]->numberOfGestures();
@@ -173,9 +180,7 @@ int forwardStroke(GestureCombinations& self, int index, F&& operation) {
 // Operations that change a gesture store are refused while a job owns the object.
 template <typename F>
 int forwardGuarded(GestureCombinations& self, int index, F&& operation) {
-  if (self.isLoading()) return ReturnCode_LoadingInProgress;
-  if (self.isSaving()) return ReturnCode_SavingInProgress;
-  if (self.isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = self.jobGuards()) return busy;
   return forward(self, index, operation);
 }
 
@@ -208,10 +213,7 @@ int GestureCombinations::prepareStrokeStart(GestureRecognition& recognizer, int 
   if (isLoading()) return ReturnCode_LoadingInProgress;
   if (gesture >= 0 && isSaving()) return ReturnCode_SavingInProgress;
   // A part always records in the frame of its owner.
-  recognizer.rotationalFrameOfReferenceX = rotationalFrameOfReferenceX;
-  recognizer.rotationalFrameOfReferenceY = rotationalFrameOfReferenceY;
-  recognizer.rotationalFrameOfReferenceZ = rotationalFrameOfReferenceZ;
-  recognizer.rotationalFrameOfReferenceRotationOrder = rotationalFrameOfReferenceRotationOrder;
+  lendFrameTo(recognizer);
   return ReturnCode_Success;
 }
 
@@ -490,9 +492,7 @@ class SampleMirror {
 }  // namespace
 
 int GestureCombinations::copyGesture(int fromPart, int fromGesture, int toPart, int toGesture, int mirrorAxis) {
-  if (isLoading()) return ReturnCode_LoadingInProgress;
-  if (isSaving()) return ReturnCode_SavingInProgress;
-  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (const int busy = jobGuards()) return busy;
   if (!validPart(fromPart) || !validPart(toPart)) return ReturnCode_InvalidIndex;
   GestureRecognition* source = partAt(fromPart);
   GestureRecognition* target = partAt(toPart);

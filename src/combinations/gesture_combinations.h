@@ -46,13 +46,6 @@ struct StrokeInfo {
   double directions[3][3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
 };
 
-// Position and rotation of a pose matrix, as the quaternion forms of the parts take them.
-struct PoseArrays {
-  double position[3];
-  double rotation[4];
-  explicit PoseArrays(const double matrix[4][4]);
-};
-
 // The score computation drives the stroke machinery of every part from a training thread while
 // the object still reports training. Forwarded stroke operations come from the application's
 // thread and have no busy guard of their own on this object, so they pass through this gate:
@@ -270,6 +263,16 @@ class GestureCombinations : public IGestureCombinations {
     return index >= 0 && index < partCount ? parts[static_cast<size_t>(index)].get() : nullptr;
   }
   bool validPart(int index) const { return index >= 0 && index < partCount; }
+  // 0, or -15, -17, -8 while a load, a save or training owns the object, tested in that order.
+  int jobGuards() {
+    if (isLoading()) return ReturnCode_LoadingInProgress;
+    if (isSaving()) return ReturnCode_SavingInProgress;
+    if (isTraining()) return ReturnCode_TrainingInProgress;
+    return ReturnCode_Success;
+  }
+  // The four frame-of-reference values, handed to a part or taken back from one.
+  void lendFrameTo(GestureRecognition& recognizer) const;
+  void takeFrameFrom(const GestureRecognition& recognizer);
   // Grows the part's result arrays to its gesture count (at least 1) and marks them as full.
   void prepareResults(int index);
   // The choice among the combinations from the parts' fresh results, which it consumes.

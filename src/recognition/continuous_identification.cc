@@ -15,17 +15,6 @@ bool finitePose(const double position[3], const double rotation[4]) {
   return allFinite(position, 3) && allFinite(rotation, 4);
 }
 
-// The head pose of a matrix, as the quaternion forms take it.
-struct HeadPose {
-  double position[3];
-  double rotation[4];
-  explicit HeadPose(const double matrix[4][4]) {
-    const StrokePoint head(&matrix[0][0]);
-    head.position.copyTo(position);
-    head.rotation.copyTo(rotation);
-  }
-};
-
 }  // namespace
 
 int GestureRecognition::contdWindow(const double headPosition[3], const double headRotation[4], int64_t* now) {
@@ -109,7 +98,7 @@ int GestureRecognition::contdIdentify(const double headPosition[3], const double
 
 int GestureRecognition::contdIdentifyM(const double headMatrix[4][4], double* similarity) {
   if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
-  const HeadPose head(headMatrix);
+  const PoseArrays head(headMatrix);
   return contdIdentify(head.position, head.rotation, similarity);
 }
 
@@ -158,7 +147,7 @@ int GestureRecognition::contdIdentifyAndGetAllProbabilitiesAndSimilaritiesM(cons
     if (count != nullptr) *count = 0;
     return ReturnCode_InvalidParameter;
   }
-  const HeadPose head(headMatrix);
+  const PoseArrays head(headMatrix);
   return contdIdentifyAndGetAllProbabilitiesAndSimilarities(head.position, head.rotation, probabilities,
                                                             similarities, count);
 }
@@ -178,7 +167,7 @@ int GestureRecognition::contdRecord(const double headPosition[3], const double h
 
 int GestureRecognition::contdRecordM(const double headMatrix[4][4]) {
   if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
-  const HeadPose head(headMatrix);
+  const PoseArrays head(headMatrix);
   return contdRecord(head.position, head.rotation);
 }
 

@@ -6,6 +6,14 @@
 
 namespace zando {
 
+PoseArrays::PoseArrays(const double matrix[4][4]) {
+  Quaternion q;
+  Vector3 p;
+  quaternionFromMatrix(&matrix[0][0], q, p);
+  p.copyTo(position);
+  q.copyTo(rotation);
+}
+
 double dot(const Vector3& a, const Vector3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 
 double length(const Vector3& a) { return std::sqrt(dot(a, a)); }

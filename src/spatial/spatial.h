@@ -99,6 +99,14 @@ struct Stroke {
 // Rotation and position of a column-major 4x4 matrix. No scale is taken out, nothing is checked.
 void quaternionFromMatrix(const double m[16], Quaternion& rotation, Vector3& position);
 Quaternion quaternionFromMatrix(const double m[16]);
+// Position and rotation of a column-major pose matrix, as the quaternion forms of the operations
+// take them (quaternionFromMatrix).
+struct PoseArrays {
+  double position[3];
+  double rotation[4];
+  explicit PoseArrays(const double matrix[4][4]);
+};
+
 // Column-major 4x4 homogeneous matrix of a pose.
 void matrixFromPose(const Vector3& position, const Quaternion& rotation, double m[16]);
 // Product of the three axis rotations in the given order; not normalised.

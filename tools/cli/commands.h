@@ -2,6 +2,7 @@
 #ifndef ZANDO_TOOLS_CLI_COMMANDS_H
 #define ZANDO_TOOLS_CLI_COMMANDS_H
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <utility>
@@ -43,6 +44,9 @@ struct EvalOptions {
   unsigned seed = 1;
 };
 int runEval(const EvalOptions& options);
+
+// A training finish callback that sets the std::atomic<bool> it is handed.
+inline void markDone(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
 
 // A progress line: redrawn in place on a terminal, else one plain line now and then.
 class Progress {

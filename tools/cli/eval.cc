@@ -37,8 +37,6 @@ struct JobResult {
   double trainingSeconds = 0.0;
 };
 
-void onFinish(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
-
 JobResult runJob(const Job& job, size_t gestures, int seconds) {
   JobResult result;
   result.confusion.assign(gestures, std::vector<int>(gestures + 1, 0));
@@ -47,7 +45,7 @@ JobResult runJob(const Job& job, size_t gestures, int seconds) {
   for (const Sample* sample : job.training) performSample(gro, *sample, sample->gesture);
   std::atomic<bool> done{false};
   GestureRecognition_setMaxTrainingTime(gro, seconds);
-  GestureRecognition_setTrainingFinishCallback(gro, &onFinish);
+  GestureRecognition_setTrainingFinishCallback(gro, &markDone);
   GestureRecognition_setTrainingFinishCallbackMetadata(gro, &done);
   const auto begin = std::chrono::steady_clock::now();
   if (GestureRecognition_startTraining(gro) == 0) {

@@ -21,7 +21,6 @@ std::atomic<double> bestScore{0.0};
 void onUpdate(double score, void*) {
   if (score > bestScore.load()) bestScore.store(score);
 }
-void onFinish(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }
 
 }  // namespace
 
@@ -76,7 +75,7 @@ int runTrain(const TrainOptions& options) {
   std::atomic<bool> done{false};
   GestureRecognition_setMaxTrainingTime(gro, options.seconds);
   GestureRecognition_setTrainingUpdateCallback(gro, &onUpdate);
-  GestureRecognition_setTrainingFinishCallback(gro, &onFinish);
+  GestureRecognition_setTrainingFinishCallback(gro, &markDone);
   GestureRecognition_setTrainingFinishCallbackMetadata(gro, &done);
   const int started = GestureRecognition_startTraining(gro);
   if (started != 0) {
