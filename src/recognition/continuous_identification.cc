@@ -1,8 +1,6 @@
 // Identification and recording over a sliding time window of a running stroke. The stroke stays
 // open and keeps growing; each call cuts it to the window, reads it as a continuous sample and,
 // if asked, smooths the answer over the last calls.
-#include <map>
-
 #include "model/identification.h"
 #include "recognition/gesture_recognition.h"
 #include "recognition/stroke_results.h"
@@ -34,16 +32,23 @@ void GestureRecognition::smoothContdResult(int& gesture, double& similarity) {
   if (contdHistory.size() > keep) contdHistory.erase(contdHistory.begin(), contdHistory.end() - static_cast<std::ptrdiff_t>(keep));
   contdHistory.emplace_back(gesture, similarity);
   // A gesture wins by its summed similarity, not by its count of votes; a tie goes to the lowest id.
-  std::map<int, double> sums;
-  for (const auto& entry : contdHistory) {
-    if (entry.first >= 0) sums[entry.first] += entry.second;
-  }
+  // The history is a handful of entries, so the sums are taken in place rather than in a map: this
+  // runs every frame and allocates nothing.
   gesture = -1;
   similarity = -1.0;
-  for (const auto& sum : sums) {
-    if (sum.second > similarity) {
-      gesture = sum.first;
-      similarity = sum.second;
+  for (size_t i = 0; i < contdHistory.size(); ++i) {
+    const int candidate = contdHistory[i].first;
+    if (candidate < 0) continue;
+    bool counted = false;
+    for (size_t j = 0; j < i && !counted; ++j) counted = contdHistory[j].first == candidate;
+    if (counted) continue;
+    double sum = 0.0;
+    for (size_t j = i; j < contdHistory.size(); ++j) {
+      if (contdHistory[j].first == candidate) sum += contdHistory[j].second;
+    }
+    if (sum > similarity || (sum == similarity && gesture >= 0 && candidate < gesture)) {
+      gesture = candidate;
+      similarity = sum;
     }
   }
   // Agreement counts for the winner, everything else against it (failures and, when no gesture

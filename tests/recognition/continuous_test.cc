@@ -58,6 +58,8 @@ TEST_F(ContinuousTest, SmoothingSumsSimilaritiesPerGesture) {
       {1, {{2, 0.8}}, 2, 0.6, 2, 0.7, 2},
       // The summed similarity wins, not the count of votes; the rest counts against the winner.
       {2, {{2, 0.5}, {3, 0.9}}, 2, 0.5, 2, (1.0 - 0.9) / 3, 3},
+      // Equal sums: the lowest id wins, whichever came first.
+      {2, {{3, 0.5}}, 1, 0.5, 1, 0.0, 2},
       // A failure code enters as a negative id; with nothing positive the result is -1, and
       // every entry counts on the minus side.
       {3, {}, ReturnCode_NoGestures, -1.0, -1, 1.0, 1},
