@@ -474,4 +474,11 @@ void* GestureCombinations_getMetadata(void* gco) {
   return value(gco, static_cast<void*>(nullptr), [](Combinations* c) { return static_cast<void*>(c->getMetadata()); });
 }
 
+int GestureCombinations_setEnhancedRecognition(void* gco, int on) {
+  return code(gco, [&](Combinations* c) { return c->setEnhancedRecognition(on); });
+}
+int GestureCombinations_getEnhancedRecognition(void* gco) {
+  return value(gco, 0, [](Combinations* c) { return c->getEnhancedRecognition(); });
+}
+
 }  // extern "C"

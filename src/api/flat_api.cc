@@ -463,6 +463,16 @@ void* GestureRecognition_getMetadata(void* gro) {
   return value(gro, static_cast<void*>(nullptr),
                [](IGestureRecognition* r) { return static_cast<void*>(r->getMetadata()); });
 }
+
+// ---- Enhanced recognition ----
+
+int GestureRecognition_setEnhancedRecognition(void* gro, int on) {
+  return code(gro, [&](IGestureRecognition* r) { return r->setEnhancedRecognition(on); });
+}
+int GestureRecognition_getEnhancedRecognition(void* gro) {
+  return value(gro, 0, [](IGestureRecognition* r) { return r->getEnhancedRecognition(); });
+}
+
 void* GestureRecognition_createDefaultMetadata(void) {
   return new (std::nothrow) DefaultMetadata();
 }

@@ -325,6 +325,24 @@ int GestureCombinations::getUpdateHeadPositionPolicy(int part) {
   return readPart(*this, part, 0, [](GestureRecognition& r) { return r.getUpdateHeadPositionPolicy(); });
 }
 
+// ---- Enhanced recognition: one mode for all parts ----
+
+int GestureCombinations::setEnhancedRecognition(int on) {
+  if (const int busy = jobGuards()) return busy;
+  if (on != 0 && on != 1) return ReturnCode_InvalidParameter;
+  for (int i = 0; i < partCount; ++i) {
+    if (GestureRecognition* part = partAt(i)) {
+      if (const int refused = part->setEnhancedRecognition(on)) return refused;
+    }
+  }
+  return ReturnCode_Success;
+}
+
+int GestureCombinations::getEnhancedRecognition() {
+  GestureRecognition* first = partAt(0);
+  return first != nullptr ? first->getEnhancedRecognition() : 0;
+}
+
 // ---- Gesture stores ----
 
 int GestureCombinations::numberOfGestures(int part) {

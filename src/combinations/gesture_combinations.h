@@ -206,6 +206,8 @@ class GestureCombinations : public IGestureCombinations {
   int setMetadata(Metadata* metadata) override;
   Metadata* getMetadata() override;
   int selfTest() override;
+  int setEnhancedRecognition(int on) override;
+  int getEnhancedRecognition() override;
 
   // The part's training callbacks; they run on the part's training thread.
   static void trainingUpdateForwarder(double performance, void* context);

@@ -58,14 +58,6 @@ Eigen::Matrix4d poseMatrix(const Vector3& position, const Quaternion& rotation) 
   return m;
 }
 
-// The head frame G of one head record, with the ignored Euler axes taken out of the rotation; the
-// position is never filtered.
-Eigen::Matrix4d inverseHeadFrame(const StrokePoint& head, const ModelParameters& parameters) {
-  const Quaternion rotation = reduceHeadRotation(head.rotation, parameters.rotationFrameX, parameters.rotationFrameY,
-                                                 parameters.rotationFrameZ, parameters.rotationOrder);
-  return poseMatrix(head.position, rotation).inverse();
-}
-
 // Every point relative to its head; returns the mean of the relative positions.
 Eigen::Vector3d toHeadFrame(const StrokePoint* hand, const StrokePoint* head, int count,
                             const ModelParameters& parameters, PointRows out) {
@@ -454,6 +446,13 @@ void extractFrequency(const Stroke& stroke, const ModelParameters& parameters, s
 }
 
 }  // namespace
+
+// The position is never filtered.
+Eigen::Matrix4d inverseHeadFrame(const StrokePoint& head, const ModelParameters& parameters) {
+  const Quaternion rotation = reduceHeadRotation(head.rotation, parameters.rotationFrameX, parameters.rotationFrameY,
+                                                 parameters.rotationFrameZ, parameters.rotationOrder);
+  return poseMatrix(head.position, rotation).inverse();
+}
 
 std::vector<double> extractFeatures(const Stroke& stroke, const ModelParameters& parameters, double pos[4],
                                     double* scale, double dir0[4], double dir1[4], double dir2[4]) {

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+#include <Eigen/Core>
+
 #include "features/model_parameters.h"
 #include "spatial/spatial.h"
 
@@ -16,6 +18,10 @@ namespace zando {
 std::vector<double> extractFeatures(const Stroke& stroke, const ModelParameters& parameters,
                                     double pos[4] = nullptr, double* scale = nullptr, double dir0[4] = nullptr,
                                     double dir1[4] = nullptr, double dir2[4] = nullptr);
+
+// The head frame G of one head record: the inverse of the head's pose, with the Euler axes the
+// parameters ignore taken out of its rotation.
+Eigen::Matrix4d inverseHeadFrame(const StrokePoint& head, const ModelParameters& parameters);
 
 }  // namespace zando
 

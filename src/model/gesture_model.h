@@ -31,6 +31,8 @@ struct GestureModel {
   std::vector<std::vector<double>> gestureDeviations;  // variances, despite the name
   std::vector<Gesture*> gestures;                      // owned
   bool networkInvalid = true;  // set: identify by comparison with stored samples
+  // The enhanced recognition mode: identify by the shape of every stored sample (shape matching).
+  bool enhancedRecognition = false;
   ProgressHook saveProgress = nullptr;
   void* saveProgressContext = nullptr;
   ProgressHook loadProgress = nullptr;

@@ -7,6 +7,7 @@
 #include "features/similarity.h"
 #include "model/model_statistics.h"
 #include "model/neural_network.h"
+#include "model/shape_identification.h"
 #include "zando/zando.h"
 
 namespace zando {
@@ -53,6 +54,23 @@ int probabilities(GestureModel& model, double* p, double* s, int* count, const S
   const std::vector<double> x = extractFeatures(stroke, model.parameters, pos, scale, dir0, dir1, dir2);
   const int m = std::min(*count, model.gestureCount());
   if (m < 1) return ReturnCode_NoGestures;
+  if (shapeMatchingApplies(model)) {
+    thread_local std::vector<double> distances;
+    thread_local std::vector<double> shares;
+    distances.resize(static_cast<size_t>(model.gestureCount()));
+    shares.resize(distances.size());
+    if (nearestGestureByShape(model, stroke, distances.data()) >= 0) {
+      probabilitiesFromShapeDistances(distances.data(), model.gestureCount(), shares.data());
+      // In the tanh mode the caller turns p into 0.5 + 0.5 p; the host sees the shares either way.
+      const bool tanhMode = model.parameters.transferMode == 1;
+      for (int i = 0; i < m; ++i) {
+        p[i] = tanhMode ? 2.0 * shares[static_cast<size_t>(i)] - 1.0 : shares[static_cast<size_t>(i)];
+        if (s != nullptr) s[i] = gestureSimilarity(model, x, i);
+      }
+      *count = m;
+      return ReturnCode_Success;
+    }
+  }
   if (model.networkInvalid) {
     for (int i = 0; i < m; ++i) {
       p[i] = 0.0;
@@ -85,7 +103,12 @@ int probabilities(GestureModel& model, double* p, double* s, int* count, const S
 int identifyStroke(GestureModel& model, const Stroke& stroke, double pos[4], double* scale, double dir0[4],
                    double dir1[4], double dir2[4], double* similarity) {
   const std::vector<double> x = extractFeatures(stroke, model.parameters, pos, scale, dir0, dir1, dir2);
-  int result = 0;
+  int result = shapeMatchingApplies(model) ? nearestGestureByShape(model, stroke, nullptr) : -1;
+  if (result >= 0) {
+    if (similarity != nullptr) *similarity = gestureSimilarity(model, x, result);
+    return result;
+  }
+  result = 0;
   if (model.networkInvalid) {
     if (model.gestures.empty()) return ReturnCode_NoGestures;
     double best = DBL_MAX;

@@ -71,4 +71,16 @@ int GestureRecognition::setMetadata(Metadata* metadata) {
 
 IGestureRecognition::Metadata* GestureRecognition::getMetadata() { return gestureModel.metadata; }
 
+// The flag is read by a background save, so it changes only while no job runs.
+int GestureRecognition::setEnhancedRecognition(int on) {
+  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (isLoading()) return ReturnCode_LoadingInProgress;
+  if (isSaving()) return ReturnCode_SavingInProgress;
+  if (on != 0 && on != 1) return ReturnCode_InvalidParameter;
+  gestureModel.enhancedRecognition = on == 1;
+  return ReturnCode_Success;
+}
+
+int GestureRecognition::getEnhancedRecognition() { return gestureModel.enhancedRecognition ? 1 : 0; }
+
 }  // namespace zando

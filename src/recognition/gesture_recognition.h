@@ -150,6 +150,10 @@ class GestureRecognition : public IGestureRecognition {
 
   int selfTest() override;
 
+  // ---- Enhanced recognition ----
+  int setEnhancedRecognition(int on) override;
+  int getEnhancedRecognition() override;
+
   // Copies the frame-of-reference members into the model's parameters before the model's
   // routines run (identification, training, saving).
   void copyFrameToModel();

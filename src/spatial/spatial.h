@@ -7,6 +7,7 @@
 #define ZANDO_SPATIAL_SPATIAL_H
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include <Eigen/Core>
@@ -86,6 +87,10 @@ struct StrokePoint {
   explicit StrokePoint(const double m[16]);
 };
 
+// The normalised path of a stored sample that shape matching compares with; made by the features
+// layer on first use.
+struct StrokeShape;
+
 // One recorded motion, and the stored form of a sample. headPoints[i] belongs to handPoints[i].
 struct Stroke {
   int64_t startTime = 0;
@@ -94,6 +99,10 @@ struct Stroke {
   std::vector<StrokePoint> headPoints;
   std::vector<StrokePoint> handPoints;
   int sampleType = 0;  // 0 a complete stroke, 1 a window of a continuous motion
+  // A stored sample never changes, so its shape is made once and kept with it (a copy shares it).
+  // Only the thread that identifies makes it, and never while training runs, which reads the points
+  // but not this member; the stroke being recorded never gets one.
+  mutable std::shared_ptr<const StrokeShape> shape;
 };
 
 // Rotation and position of a column-major 4x4 matrix. No scale is taken out, nothing is checked.

@@ -39,6 +39,7 @@ struct EvalOptions {
   int trials = 2;
   int seconds = 5;
   bool bySubject = false;
+  bool enhanced = false;
   bool json = false;
   int jobs = 1;
   unsigned seed = 1;

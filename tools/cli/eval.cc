@@ -37,10 +37,11 @@ struct JobResult {
   double trainingSeconds = 0.0;
 };
 
-JobResult runJob(const Job& job, size_t gestures, int seconds) {
+JobResult runJob(const Job& job, size_t gestures, int seconds, bool enhanced) {
   JobResult result;
   result.confusion.assign(gestures, std::vector<int>(gestures + 1, 0));
   void* gro = GestureRecognition_create();
+  if (enhanced) GestureRecognition_setEnhancedRecognition(gro, 1);
   for (size_t g = 0; g < gestures; ++g) GestureRecognition_createGesture(gro, std::to_string(g).c_str(), nullptr);
   for (const Sample* sample : job.training) performSample(gro, *sample, sample->gesture);
   std::atomic<bool> done{false};
@@ -137,7 +138,7 @@ int runEval(const EvalOptions& options) {
   for (int w = 0; w < workers; ++w) {
     pool.emplace_back([&] {
       for (size_t j = nextJob++; j < jobs.size(); j = nextJob++) {
-        results[j] = runJob(jobs[j], gestures, options.seconds);
+        results[j] = runJob(jobs[j], gestures, options.seconds, options.enhanced);
         ++finished;
       }
     });
@@ -188,6 +189,7 @@ int runEval(const EvalOptions& options) {
     out["recording"] = options.recording;
     out["protocol"] = options.bySubject ? "new-user" : "same-user";
     out["train_per_class"] = options.trainPerClass;
+    out["enhanced"] = options.enhanced;
     out["trials"] = options.trials;
     out["training_seconds_limit"] = options.seconds;
     out["accuracy"] = {{"mean", mean}, {"stddev", spread}, {"per_trial", accuracy}};
@@ -198,8 +200,9 @@ int runEval(const EvalOptions& options) {
     fmt::print("{}\n", out.dump(2));
     return 0;
   }
-  fmt::print("{}: {}, {} per gesture for training, {} trials, {} trainings of at most {} s\n", options.recording,
-             protocol, options.trainPerClass, options.trials, jobs.size(), options.seconds);
+  fmt::print("{}: {}{}, {} per gesture for training, {} trials, {} trainings of at most {} s\n", options.recording,
+             protocol, options.enhanced ? ", enhanced recognition" : "", options.trainPerClass, options.trials,
+             jobs.size(), options.seconds);
   fmt::print("  accuracy        {:.1f} % (spread over trials {:.1f} %)\n", 100 * mean, 100 * spread);
   fmt::print("  identification  {:.1f} us mean, {:.1f} us at the 95th percentile\n", meanLatency, p95Latency);
   fmt::print("  training        {:.1f} s mean per set\n", meanTraining);

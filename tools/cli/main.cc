@@ -64,6 +64,7 @@ int main(int argc, char** argv) {
   evalCommand->add_option("--trials", eval.trials, "repetitions with new random draws")->check(CLI::PositiveNumber);
   evalCommand->add_option("--seconds", eval.seconds, "training time limit of each set")->check(CLI::PositiveNumber);
   evalCommand->add_flag("--by-subject", eval.bySubject, "leave one subject out: sets trained on the others");
+  evalCommand->add_flag("--enhanced", eval.enhanced, "the enhanced recognition mode");
   evalCommand->add_flag("--json", eval.json, "machine-readable output");
   evalCommand->add_option("--jobs", eval.jobs, "trainings in parallel (default: the core count)")
       ->check(CLI::PositiveNumber);

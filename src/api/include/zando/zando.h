@@ -261,6 +261,16 @@ class ZANDO_API IGestureRecognition {
   /* Consistency check of the object's own data; 0 or -1. Not exported as a flat function. */
   virtual int selfTest() = 0;
 
+  /* ---- Enhanced recognition (an addition; off unless switched on) ---- */
+  /* Identifies by the shape of every stored sample (evenly resampled, centred, scaled, kept in
+   * the head's orientation, compared with a warping distance), which holds up with 2 to 10
+   * samples per gesture and needs no training; outputs keep their meaning, probabilities sum to 1.
+   * Saved in files and loaded with them (a file without it loads with the mode off); stream saves
+   * do not carry it. on: 1 or 0. 0, -8 while training, -15 while loading, -18 for another value. */
+  virtual int setEnhancedRecognition(int on) = 0;
+  /* 1 when the mode is on, else 0. */
+  virtual int getEnhancedRecognition() = 0;
+
   /* ---- Static functions ---- */
   static IGestureRecognition* create();
   /* "Zando2.13_Aug31", owned by the library; null only if its memory could not be had. */
@@ -461,6 +471,13 @@ class ZANDO_API IGestureCombinations {
   /* The first non-zero selfTest result of the parts, else 0. Not exported as a flat function. */
   virtual int selfTest() = 0;
 
+  /* ---- Enhanced recognition (an addition; off unless switched on) ---- */
+  /* The recogniser's enhanced recognition mode for every part, saved in the combination file.
+   * 0, -8 while training, -15 while loading, -18 for a value other than 0 and 1. */
+  virtual int setEnhancedRecognition(int on) = 0;
+  /* 1 when the mode is on, else 0. */
+  virtual int getEnhancedRecognition() = 0;
+
   /* ---- Static functions ---- */
   /* A new object with that many parts (none for a number below 1). */
   static IGestureCombinations* create(int numberOfParts);
@@ -603,6 +620,9 @@ ZANDO_API void GestureRecognition_setRotationalFrameOfReferenceRotationOrder(voi
 /* ---- Metadata ---- */
 ZANDO_API int GestureRecognition_setMetadata(void* gro, void* metadata);
 ZANDO_API void* GestureRecognition_getMetadata(void* gro);
+/* Enhanced recognition (an addition): see IGestureRecognition::setEnhancedRecognition. */
+ZANDO_API int GestureRecognition_setEnhancedRecognition(void* gro, int on);
+ZANDO_API int GestureRecognition_getEnhancedRecognition(void* gro);
 /* A new, empty default-metadata object; free it with GestureRecognition_deleteDefaultMetadata. */
 ZANDO_API void* GestureRecognition_createDefaultMetadata(void);
 ZANDO_API void* GestureRecognition_defaultMetadataCreatorFunction(void);
@@ -749,6 +769,9 @@ ZANDO_API int GestureCombinations_getRotationalFrameOfReferenceRotationOrder(voi
 ZANDO_API void GestureCombinations_setRotationalFrameOfReferenceRotationOrder(void* gco, int i);
 ZANDO_API int GestureCombinations_setMetadata(void* gco, void* metadata);
 ZANDO_API void* GestureCombinations_getMetadata(void* gco);
+/* Enhanced recognition (an addition) for every part: see IGestureCombinations::setEnhancedRecognition. */
+ZANDO_API int GestureCombinations_setEnhancedRecognition(void* gco, int on);
+ZANDO_API int GestureCombinations_getEnhancedRecognition(void* gco);
 
 #ifdef __cplusplus
 } /* extern "C" */
