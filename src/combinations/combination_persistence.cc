@@ -266,6 +266,9 @@ int GestureCombinations::saveToFile(const char* path) {
     if (!completeText(out, partText)) return ReturnCode_StreamError;
     if (!appendArchiveMember(path, partMemberName(i).c_str(), partText)) return ReturnCode_StreamError;
   }
+  if (getEnhancedRecognition() == 1 && !appendArchiveMember(path, kEnhancedMember, kEnhancedContent)) {
+    return ReturnCode_StreamError;
+  }
   markJobFinished(savingState);
   return ReturnCode_Success;
 }
@@ -350,18 +353,34 @@ int GestureCombinations::loadArchive(const ArchiveSource& source, MetadataCreato
       const int loaded = loadPart(i, *member.stream, creator, true);
       if (loaded < 0) return loaded;
     }
+    TextStream mode;
+    setPartsEnhanced(source.extract(kEnhancedMember, mode) && enhancedMemberSaysOn(mode.text));
     return ReturnCode_Success;
   }
+  // The single-stream layouts carry no mode: they load with it off.
+  int result;
   TextStream single;
-  if (source.extract(kDatabaseMember, single)) return loadFromStream(single.stream.get(), creator);
-  if (source.path != nullptr) {
+  if (source.extract(kDatabaseMember, single)) {
+    result = loadFromStream(single.stream.get(), creator);
+  } else if (source.path != nullptr) {
     std::ifstream file(source.path, std::ios::binary);
     if (!file.is_open()) return ReturnCode_InvalidPath;
-    return loadFromStream(&file, creator);
+    result = loadFromStream(&file, creator);
+  } else {
+    MemoryInputBuffer buffer(source.buffer, static_cast<size_t>(source.size));
+    std::istream text(&buffer);
+    result = loadFromStream(&text, creator);
   }
-  MemoryInputBuffer buffer(source.buffer, static_cast<size_t>(source.size));
-  std::istream text(&buffer);
-  return loadFromStream(&text, creator);
+  if (result >= 0) setPartsEnhanced(false);
+  return result;
+}
+
+// Set by a load of the whole object, which owns the parts meanwhile: their own guards are not
+// asked.
+void GestureCombinations::setPartsEnhanced(bool on) {
+  for (int i = 0; i < partCount; ++i) {
+    if (GestureRecognition* part = partAt(i)) part->gestureModel.enhancedRecognition = on;
+  }
 }
 
 int GestureCombinations::loadFromFile(const char* path, MetadataCreatorFunction metadataCreator) {

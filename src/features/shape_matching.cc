@@ -1,6 +1,7 @@
 #include "features/shape_matching.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <vector>
 
@@ -20,18 +21,42 @@ void headSettingsOf(const ModelParameters& parameters, int settings[5]) {
   settings[4] = parameters.rotationOrder;
 }
 
+// A value as a saved file keeps it (ten significant digits) and a load gives it back.
+double asStored(double value) {
+  if (!std::isfinite(value)) return value;
+  char text[48];
+  const auto written = std::to_chars(text, text + sizeof(text), value, std::chars_format::scientific, 9);
+  double stored = 0.0;
+  const auto read = std::from_chars(text, written.ptr, stored, std::chars_format::general);
+  return read.ec == std::errc() ? stored : 0.0;
+}
+
+StrokePoint poseAsStored(const StrokePoint& point) {
+  StrokePoint stored(Unstamped{});
+  stored.position = Vector3(asStored(point.position.x), asStored(point.position.y), asStored(point.position.z));
+  stored.rotation = Quaternion(asStored(point.rotation.x), asStored(point.rotation.y), asStored(point.rotation.z),
+                               asStored(point.rotation.w));
+  return stored;
+}
+
 // Hand positions in the head's frame: the head of the first point for the initial policy, each
-// point's own head otherwise (the first when the stroke has no head for every point).
-void headRelativePath(const Stroke& stroke, const ModelParameters& parameters, std::vector<Eigen::Vector3d>& path) {
+// point's own head otherwise. Heads are paired with points as a saved file pairs them (a stroke
+// whose heads ran out repeats the last, one without any uses its start), and a stored sample is
+// read at the precision of a file: a set identifies alike before saving and after loading.
+void headRelativePath(const Stroke& stroke, const ModelParameters& parameters, bool stored,
+                      std::vector<Eigen::Vector3d>& path) {
   const std::vector<StrokePoint>& hand = stroke.handPoints;
   const std::vector<StrokePoint>& head = stroke.headPoints;
-  const bool everyHead = parameters.updateHeadPositionPolicy != kUseInitialHead && head.size() == hand.size();
-  const StrokePoint& first = head.empty() ? stroke.headStart : head.front();
-  Eigen::Matrix4d frame = inverseHeadFrame(first, parameters);
+  const auto headOf = [&](size_t i) -> const StrokePoint& {
+    return head.empty() ? stroke.headStart : head[std::min(i, head.size() - 1)];
+  };
+  const auto exact = [stored](const StrokePoint& point) { return stored ? poseAsStored(point) : point; };
+  const bool everyHead = parameters.updateHeadPositionPolicy != kUseInitialHead;
+  Eigen::Matrix4d frame = inverseHeadFrame(exact(headOf(0)), parameters);
   path.resize(hand.size());
   for (size_t i = 0; i < hand.size(); ++i) {
-    if (everyHead && i > 0) frame = inverseHeadFrame(head[i], parameters);
-    const Vector3& p = hand[i].position;
+    if (everyHead && i > 0) frame = inverseHeadFrame(exact(headOf(i)), parameters);
+    const Vector3& p = stored ? poseAsStored(hand[i]).position : hand[i].position;
     path[i] = frame.topLeftCorner<3, 3>() * Eigen::Vector3d(p.x, p.y, p.z) + frame.topRightCorner<3, 1>();
   }
 }
@@ -96,13 +121,13 @@ double pairCost(const StrokeShape& a, const StrokeShape& b, int i, int j) {
 
 }  // namespace
 
-void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, StrokeShape& shape) {
+void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bool stored, StrokeShape& shape) {
   headSettingsOf(parameters, shape.headSettings);
   thread_local std::vector<Eigen::Vector3d> path;
   if (stroke.handPoints.size() < 2) {
     path.assign(1, Eigen::Vector3d::Zero());
   } else {
-    headRelativePath(stroke, parameters, path);
+    headRelativePath(stroke, parameters, stored, path);
   }
   resampleByLength(path, shape.points);
 
@@ -131,7 +156,7 @@ const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& para
   headSettingsOf(parameters, settings);
   if (sample.shape == nullptr || !std::equal(settings, settings + 5, sample.shape->headSettings)) {
     auto shape = std::make_shared<StrokeShape>();
-    makeStrokeShape(sample, parameters, *shape);
+    makeStrokeShape(sample, parameters, true, *shape);
     sample.shape = std::move(shape);
   }
   return *sample.shape;

@@ -32,8 +32,9 @@ struct StrokeShape {
   std::array<Eigen::Vector3d, kShapePoints - 1> directionLow, directionHigh;
 };
 
-// The shape of a stroke of at least two points (fewer give a shape at the origin).
-void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, StrokeShape& shape);
+// The shape of a stroke of at least two points (fewer give a shape at the origin). `stored`: the
+// stroke is a stored sample, read at the precision its saved file keeps.
+void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bool stored, StrokeShape& shape);
 
 // The shape of a stored sample, made on first use and kept with it.
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters);

@@ -3,6 +3,7 @@
 #ifndef ZANDO_MODEL_GESTURE_MODEL_H
 #define ZANDO_MODEL_GESTURE_MODEL_H
 
+#include <atomic>
 #include <limits>
 #include <vector>
 
@@ -32,7 +33,8 @@ struct GestureModel {
   std::vector<Gesture*> gestures;                      // owned
   bool networkInvalid = true;  // set: identify by comparison with stored samples
   // The enhanced recognition mode: identify by the shape of every stored sample (shape matching).
-  bool enhancedRecognition = false;
+  // A background load sets it while the host may read it.
+  std::atomic<bool> enhancedRecognition{false};
   ProgressHook saveProgress = nullptr;
   void* saveProgressContext = nullptr;
   ProgressHook loadProgress = nullptr;

@@ -35,7 +35,7 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   constexpr double kFar = std::numeric_limits<double>::infinity();
   thread_local StrokeShape query;
   thread_local std::vector<Candidate> candidates;
-  makeStrokeShape(stroke, model.parameters, query);
+  makeStrokeShape(stroke, model.parameters, false, query);
 
   // The cheap bound of every sample first; the warping runs on the most promising samples and
   // stops as soon as no remaining bound can beat what was found.

@@ -10,6 +10,12 @@ namespace zando {
 // Name of the member that holds the database text.
 extern const char* const kDatabaseMember;
 
+// The member that switches the enhanced recognition mode on, present only when it is on, and its
+// text; whether a member's text says on.
+extern const char* const kEnhancedMember;
+extern const char* const kEnhancedContent;
+bool enhancedMemberSaysOn(const std::string& content);
+
 // Creates a new archive at path holding one member, deflated at level 6. False if the archive
 // could not be written; a partly written file is removed again.
 bool writeArchiveMember(const char* path, const char* member, const std::string& content);

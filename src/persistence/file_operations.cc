@@ -34,6 +34,17 @@ Stroke* copyStroke(const Stroke& stroke) { return new Stroke(stroke); }
 
 }  // namespace
 
+// The enhanced recognition mode travels as a member of its own, written only when the mode is on:
+// readers that do not know it never open it, and a file of the plain mode stays as it was.
+const char* const kEnhancedMember = "enhanced.txt";
+const char* const kEnhancedContent = "enhanced recognition 1\n";
+
+bool enhancedMemberSaysOn(const std::string& content) {
+  std::string text = content;
+  trimLine(text);
+  return text == "enhanced recognition 1";
+}
+
 // ---- Saving ----
 
 int GestureRecognition::saveToFile(const char* path) {
@@ -59,6 +70,9 @@ int GestureRecognition::saveToFile(const char* path) {
     if (std::remove(path) != 0) return ReturnCode_CannotReplaceFile;
   }
   if (!writeArchiveMember(path, kDatabaseMember, text)) return ReturnCode_InvalidPath;
+  if (gestureModel.enhancedRecognition && !appendArchiveMember(path, kEnhancedMember, kEnhancedContent)) {
+    return ReturnCode_InvalidPath;
+  }
   return ReturnCode_Success;
 }
 
@@ -77,31 +91,44 @@ int GestureRecognition::saveToStream(std::ostream* stream) {
 
 namespace {
 
-// Reads a database from a file: the archive's member if there is one, else the file as text.
+// Reads a database from a file: the archive's member if there is one, else the file as text. A
+// successful read sets the model's enhanced mode to what the archive says (a text file: off).
 int readFromPath(GestureModel& model, const char* path, IGestureRecognition::MetadataCreatorFunction creator,
                  IGestureRecognition* owner) {
   std::string text;
   if (readArchiveMember(path, kDatabaseMember, text)) {
     MemoryInputBuffer buffer(text.data(), text.size());
     std::istream stream(&buffer);
-    return readGestureDatabase(model, stream, creator, owner);
+    const int result = readGestureDatabase(model, stream, creator, owner);
+    if (result >= 0) model.enhancedRecognition = readArchiveMember(path, kEnhancedMember, text) && enhancedMemberSaysOn(text);
+    return result;
   }
   std::ifstream file(path, std::ios::binary);
   if (!file.is_open()) return ReturnCode_InvalidPath;
-  return readGestureDatabase(model, file, creator, owner);
+  const int result = readGestureDatabase(model, file, creator, owner);
+  if (result >= 0) model.enhancedRecognition = false;
+  return result;
 }
 
 int readFromBuffer(GestureModel& model, const char* data, int size,
                    IGestureRecognition::MetadataCreatorFunction creator, IGestureRecognition* owner) {
   std::string text;
-  if (readArchiveMemberFromBuffer(data, static_cast<size_t>(size), kDatabaseMember, text)) {
+  const size_t bytes = static_cast<size_t>(size);
+  if (readArchiveMemberFromBuffer(data, bytes, kDatabaseMember, text)) {
     MemoryInputBuffer buffer(text.data(), text.size());
     std::istream stream(&buffer);
-    return readGestureDatabase(model, stream, creator, owner);
+    const int result = readGestureDatabase(model, stream, creator, owner);
+    if (result >= 0) {
+      model.enhancedRecognition =
+          readArchiveMemberFromBuffer(data, bytes, kEnhancedMember, text) && enhancedMemberSaysOn(text);
+    }
+    return result;
   }
-  MemoryInputBuffer buffer(data, static_cast<size_t>(size));
+  MemoryInputBuffer buffer(data, bytes);
   std::istream stream(&buffer);
-  return readGestureDatabase(model, stream, creator, owner);
+  const int result = readGestureDatabase(model, stream, creator, owner);
+  if (result >= 0) model.enhancedRecognition = false;
+  return result;
 }
 
 }  // namespace

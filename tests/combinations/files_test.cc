@@ -128,6 +128,33 @@ TEST_F(CombinationFilesTest, SavedArchiveLoadsFromFileAndBuffer) {
   EXPECT_EQ(fromBuffer->saveGestureToFile(2, single.c_str()), -2);
 }
 
+// The enhanced mode is one switch for all parts, refused while a job runs, and travels in the
+// archive as a member of its own; a file saved without it loads with it off.
+TEST_F(CombinationFilesTest, EnhancedModeCoversEveryPartAndTravelsInTheArchive) {
+  const std::string plain = path("plain.zip");
+  const std::string enhanced = path("enhanced.zip");
+  ASSERT_EQ(c->saveToFile(plain.c_str()), 0);
+  EXPECT_EQ(c->setEnhancedRecognition(3), ReturnCode_InvalidParameter);
+  c->loadingState = kJobRunning;
+  EXPECT_EQ(c->setEnhancedRecognition(1), ReturnCode_LoadingInProgress);
+  c->loadingState = kJobIdle;
+  ASSERT_EQ(GestureCombinations_setEnhancedRecognition(c.get(), 1), 0);
+  EXPECT_EQ(GestureCombinations_getEnhancedRecognition(c.get()), 1);
+  EXPECT_EQ(c->parts[1]->getEnhancedRecognition(), 1);
+  ASSERT_EQ(c->saveToFile(enhanced.c_str()), 0);
+  EXPECT_EQ(archiveMembers(enhanced).size(), archiveMembers(plain).size() + 1);
+
+  Combinations loaded = makeCombinations(1);
+  const auto creator = IGestureRecognition::getDefaultMetadataCreatorFunction();
+  ASSERT_EQ(loaded->loadFromFile(enhanced.c_str(), creator), 0);
+  EXPECT_EQ(loaded->getEnhancedRecognition(), 1);
+  EXPECT_EQ(loaded->parts[1]->getEnhancedRecognition(), 1);
+  ASSERT_EQ(loaded->loadFromFile(plain.c_str(), creator), 0);
+  EXPECT_EQ(loaded->parts[0]->getEnhancedRecognition(), 0);
+  delete loaded->getMetadata();
+  delete loaded->getGestureCombinationMetadata(1);
+}
+
 TEST_F(CombinationFilesTest, OlderSingleStreamLayoutsLoad) {
   const std::string combos = "2\nwave and rest\n2\n1 -1 \nboth circles\n2\n0 0 \n";
   // Version 1: no opening, no flags, no metadata; the score is computed at once.
