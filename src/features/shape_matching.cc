@@ -61,8 +61,8 @@ void headRelativePath(const Stroke& stroke, const ModelParameters& parameters, b
   }
 }
 
-// Points evenly spaced along the path's length, so that neither the speed of the hand nor its
-// pauses change the shape.
+// Points evenly spaced along the path, so that neither the speed of the hand nor its pauses
+// change the shape.
 void resampleByLength(const std::vector<Eigen::Vector3d>& path, std::array<Eigen::Vector3d, kShapePoints>& out) {
   double length = 0.0;
   for (size_t i = 1; i < path.size(); ++i) length += (path[i] - path[i - 1]).norm();
@@ -87,36 +87,26 @@ void resampleByLength(const std::vector<Eigen::Vector3d>& path, std::array<Eigen
   for (; placed < kShapePoints; ++placed) out[static_cast<size_t>(placed)] = path.back();
 }
 
-template <size_t N>
-void envelope(const std::array<Eigen::Vector3d, N>& values, std::array<Eigen::Vector3d, N>& low,
-              std::array<Eigen::Vector3d, N>& high) {
-  const int count = static_cast<int>(N);
+// The box of the values a band reaches around each place, over the first `count` places.
+void envelope(const ShapeRow& values, int count, ShapeRow& low, ShapeRow& high) {
+  low.setZero();
+  high.setZero();
   for (int i = 0; i < count; ++i) {
     const int from = std::max(0, i - kShapeBand);
     const int to = std::min(count - 1, i + kShapeBand);
-    Eigen::Vector3d lo = values[static_cast<size_t>(from)];
-    Eigen::Vector3d hi = lo;
-    for (int j = from + 1; j <= to; ++j) {
-      lo = lo.cwiseMin(values[static_cast<size_t>(j)]);
-      hi = hi.cwiseMax(values[static_cast<size_t>(j)]);
-    }
-    low[static_cast<size_t>(i)] = lo;
-    high[static_cast<size_t>(i)] = hi;
+    low(i) = values.segment(from, to - from + 1).minCoeff();
+    high(i) = values.segment(from, to - from + 1).maxCoeff();
   }
 }
 
-double distanceToBox(const Eigen::Vector3d& v, const Eigen::Vector3d& low, const Eigen::Vector3d& high) {
-  return (low - v).cwiseMax(v - high).cwiseMax(0.0).norm();
-}
-
-double pairCost(const StrokeShape& a, const StrokeShape& b, int i, int j) {
-  double cost = (a.points[static_cast<size_t>(i)] - b.points[static_cast<size_t>(j)]).norm();
-  // The last point has no direction; pairs with it are compared by position alone.
-  if (i < kShapePoints - 1 && j < kShapePoints - 1) {
-    cost += kShapeDirectionWeight *
-            (a.directions[static_cast<size_t>(i)] - b.directions[static_cast<size_t>(j)]).norm();
-  }
-  return cost;
+// Distances of the query's values to the boxes, place by place.
+ShapeRow distancesToBoxes(const ShapeRow& x, const ShapeRow& y, const ShapeRow& z, const ShapeRow& lowX,
+                          const ShapeRow& lowY, const ShapeRow& lowZ, const ShapeRow& highX, const ShapeRow& highY,
+                          const ShapeRow& highZ) {
+  const ShapeRow ex = (lowX - x).max(x - highX).max(0.0f);
+  const ShapeRow ey = (lowY - y).max(y - highY).max(0.0f);
+  const ShapeRow ez = (lowZ - z).max(z - highZ).max(0.0f);
+  return (ex * ex + ey * ey + ez * ez).sqrt();
 }
 
 }  // namespace
@@ -129,26 +119,41 @@ void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bo
   } else {
     headRelativePath(stroke, parameters, stored, path);
   }
-  resampleByLength(path, shape.points);
+  std::array<Eigen::Vector3d, kShapePoints> points;
+  resampleByLength(path, points);
 
   // Centred on the mean point and scaled to a unit mean radius; the orientation is kept, since it
   // tells apart shapes that are turned copies of one another.
   Eigen::Vector3d centre = Eigen::Vector3d::Zero();
-  for (const Eigen::Vector3d& p : shape.points) centre += p;
+  for (const Eigen::Vector3d& p : points) centre += p;
   centre /= kShapePoints;
   double radius = 0.0;
-  for (const Eigen::Vector3d& p : shape.points) radius += (p - centre).squaredNorm();
+  for (const Eigen::Vector3d& p : points) radius += (p - centre).squaredNorm();
   radius = std::sqrt(radius / kShapePoints);
   const double scale = radius > 0.0 ? 1.0 / radius : 1.0;
-  for (Eigen::Vector3d& p : shape.points) p = (p - centre) * scale;
-
-  for (size_t i = 0; i + 1 < kShapePoints; ++i) {
-    const Eigen::Vector3d step = shape.points[i + 1] - shape.points[i];
-    const double length = step.norm();
-    shape.directions[i] = length > 0.0 ? Eigen::Vector3d(step / length) : Eigen::Vector3d::Zero();
+  for (int i = 0; i < kShapePoints; ++i) {
+    const Eigen::Vector3d p = (points[static_cast<size_t>(i)] - centre) * scale;
+    shape.x(i) = static_cast<float>(p.x());
+    shape.y(i) = static_cast<float>(p.y());
+    shape.z(i) = static_cast<float>(p.z());
   }
-  envelope(shape.points, shape.pointLow, shape.pointHigh);
-  envelope(shape.directions, shape.directionLow, shape.directionHigh);
+  shape.dx.setZero();
+  shape.dy.setZero();
+  shape.dz.setZero();
+  for (int i = 0; i + 1 < kShapePoints; ++i) {
+    const Eigen::Vector3d step = points[static_cast<size_t>(i) + 1] - points[static_cast<size_t>(i)];
+    const double length = step.norm();
+    if (length <= 0.0) continue;
+    shape.dx(i) = static_cast<float>(step.x() / length);
+    shape.dy(i) = static_cast<float>(step.y() / length);
+    shape.dz(i) = static_cast<float>(step.z() / length);
+  }
+  envelope(shape.x, kShapePoints, shape.lowX, shape.highX);
+  envelope(shape.y, kShapePoints, shape.lowY, shape.highY);
+  envelope(shape.z, kShapePoints, shape.lowZ, shape.highZ);
+  envelope(shape.dx, kShapePoints - 1, shape.lowDx, shape.highDx);
+  envelope(shape.dy, kShapePoints - 1, shape.lowDy, shape.highDy);
+  envelope(shape.dz, kShapePoints - 1, shape.lowDz, shape.highDz);
 }
 
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters) {
@@ -162,47 +167,81 @@ const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& para
   return *sample.shape;
 }
 
+namespace {
+
+// Every point of `path` is matched at least once, to a point of the band around its own place on
+// `other`; its cost is at least the distance to the box of those points. Only places whose band
+// stops short of the last point, which has no direction, count their direction. Place by place.
+ShapeRow placeBounds(const StrokeShape& path, const StrokeShape& other) {
+  constexpr int kDirected = kShapePoints - 1 - kShapeBand;
+  ShapeRow bounds = distancesToBoxes(path.x, path.y, path.z, other.lowX, other.lowY, other.lowZ, other.highX,
+                                     other.highY, other.highZ);
+  const ShapeRow directions = distancesToBoxes(path.dx, path.dy, path.dz, other.lowDx, other.lowDy, other.lowDz,
+                                               other.highDx, other.highDy, other.highDz);
+  bounds.head<kDirected>() += static_cast<float>(kShapeDirectionWeight) * directions.head<kDirected>();
+  return bounds;
+}
+
+float boundFrom(const StrokeShape& path, const StrokeShape& other) { return placeBounds(path, other).sum(); }
+
+}  // namespace
+
+// The matching covers both paths, so the bound holds from either side; the larger one is kept.
 double shapeLowerBound(const StrokeShape& query, const StrokeShape& stored) {
-  // Every point of the query is matched at least once, to a point of the band around its own
-  // place; its cost is at least the distance to the box of those points. Where the band reaches
-  // the stored path's last point the direction may cost nothing.
-  double bound = 0.0;
-  for (int i = 0; i < kShapePoints; ++i) {
-    const size_t k = static_cast<size_t>(i);
-    bound += distanceToBox(query.points[k], stored.pointLow[k], stored.pointHigh[k]);
-    if (i + kShapeBand < kShapePoints - 1) {
-      bound += kShapeDirectionWeight * distanceToBox(query.directions[k], stored.directionLow[k],
-                                                     stored.directionHigh[k]);
-    }
-  }
-  return bound;
+  return static_cast<double>(std::max(boundFrom(query, stored), boundFrom(stored, query)));
 }
 
 double shapeDistance(const StrokeShape& query, const StrokeShape& stored, double abandonAbove) {
-  constexpr double kUnreached = std::numeric_limits<double>::infinity();
+  constexpr float kUnreached = std::numeric_limits<float>::infinity();
   constexpr int kWidth = kShapePoints + 1;
-  // Two rows of the cumulative table; column 0 and cells outside the band stay unreached.
-  std::array<double, kWidth> above;
-  std::array<double, kWidth> row;
+  constexpr int kBandWidth = 2 * kShapeBand + 1;
+  const float weight = static_cast<float>(kShapeDirectionWeight);
+  const float limit = static_cast<float>(std::min(abandonAbove, static_cast<double>(kUnreached)));
+  // Two rows of the cumulative table, shifted by one: column 0 stands before the first point.
+  // Cells outside the band stay unreached.
+  std::array<float, kWidth> above;
+  std::array<float, kWidth> row;
   above.fill(kUnreached);
-  above[0] = 0.0;
-  for (int i = 1; i <= kShapePoints; ++i) {
+  above[0] = 0.0f;
+  // What the rows after each row must add at least: with it, a matching that cannot end below the
+  // bound is given up rows before its own sum gets there.
+  const ShapeRow bounds = placeBounds(query, stored);
+  std::array<float, kWidth> rest;
+  rest[kShapePoints] = 0.0f;
+  for (int i = kShapePoints - 1; i >= 0; --i) rest[static_cast<size_t>(i)] = rest[static_cast<size_t>(i) + 1] + bounds(i);
+  Eigen::Array<float, kBandWidth, 1> cost;
+  for (int i = 0; i < kShapePoints; ++i) {
+    const int from = std::max(0, i - kShapeBand);
+    const int to = std::min(kShapePoints - 1, i + kShapeBand);
+    const int count = to - from + 1;
+    // The pair costs of the row at once: position distance, plus the weighted direction distance
+    // where both points have a direction.
+    auto span = cost.head(count);
+    span = ((stored.x.segment(from, count) - query.x(i)).square() +
+            (stored.y.segment(from, count) - query.y(i)).square() +
+            (stored.z.segment(from, count) - query.z(i)).square())
+               .sqrt();
+    if (i < kShapePoints - 1) {
+      const int directed = std::min(count, kShapePoints - 1 - from);
+      span.head(directed) += weight * ((stored.dx.segment(from, directed) - query.dx(i)).square() +
+                                       (stored.dy.segment(from, directed) - query.dy(i)).square() +
+                                       (stored.dz.segment(from, directed) - query.dz(i)).square())
+                                          .sqrt();
+    }
     row.fill(kUnreached);
-    double rowBest = kUnreached;
-    const int from = std::max(1, i - kShapeBand);
-    const int to = std::min(kShapePoints, i + kShapeBand);
-    for (int j = from; j <= to; ++j) {
-      const double reach = std::min({above[static_cast<size_t>(j)], row[static_cast<size_t>(j - 1)],
-                                     above[static_cast<size_t>(j - 1)]});
-      const double total = reach + pairCost(query, stored, i - 1, j - 1);
-      row[static_cast<size_t>(j)] = total;
+    float rowBest = kUnreached;
+    for (int k = 0; k < count; ++k) {
+      const size_t j = static_cast<size_t>(from + k) + 1;
+      const float total = std::min({above[j], row[j - 1], above[j - 1]}) + cost(k);
+      row[j] = total;
       rowBest = std::min(rowBest, total);
     }
-    // Costs are never negative: once a whole row is past the bound, so is the end.
-    if (rowBest > abandonAbove) return kUnreached;
+    // Costs are never negative: once a whole row and what must follow is past the bound, so is the
+    // end.
+    if (rowBest + rest[static_cast<size_t>(i) + 1] > limit) return std::numeric_limits<double>::infinity();
     above = row;
   }
-  return above[kShapePoints];
+  return static_cast<double>(above[kShapePoints]);
 }
 
 }  // namespace zando

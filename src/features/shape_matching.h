@@ -20,16 +20,22 @@ constexpr int kShapeBand = kShapePoints / 4;
 // Weight of the difference in direction of travel against the difference in position.
 constexpr double kShapeDirectionWeight = 0.6;
 
+// Values of one coordinate along a path. Single precision: the distances decide between shapes,
+// and four values go through each vector instruction.
+using ShapeRow = Eigen::Array<float, kShapePoints, 1>;
+
 struct StrokeShape {
   // The head settings the shape was made with: a stored shape is made anew when they change.
   int headSettings[5] = {0, 0, 0, 0, 0};
-  std::array<Eigen::Vector3d, kShapePoints> points;
-  // Unit direction from each point to the next (zero where two points coincide).
-  std::array<Eigen::Vector3d, kShapePoints - 1> directions;
-  // Per point, the box around the other path's points that the band lets it meet: a lower bound of
-  // the distance that costs one pass instead of the warping.
-  std::array<Eigen::Vector3d, kShapePoints> pointLow, pointHigh;
-  std::array<Eigen::Vector3d, kShapePoints - 1> directionLow, directionHigh;
+  // The points, coordinate by coordinate.
+  ShapeRow x, y, z;
+  // Unit direction from each point to the next (zero where two points coincide, and after the
+  // last point).
+  ShapeRow dx, dy, dz;
+  // Per point, the box around the points of the other path that the band lets it meet: a lower
+  // bound of the distance that costs one pass instead of the warping.
+  ShapeRow lowX, lowY, lowZ, highX, highY, highZ;
+  ShapeRow lowDx, lowDy, lowDz, highDx, highDy, highDz;
 };
 
 // The shape of a stroke of at least two points (fewer give a shape at the origin). `stored`: the

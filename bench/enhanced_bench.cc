@@ -1,0 +1,103 @@
+// The enhanced recognition mode: identification by shape against every stored sample, 20 gestures
+// of 10 samples each, at the end of a stroke and continuously in a 90 Hz frame loop.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "zando/zando.h"
+
+namespace {
+
+constexpr int kGestures = 20;
+constexpr int kSamples = 10;
+const double kHead[3] = {0.0, 1.7, 0.0};
+const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
+
+using Clock = std::chrono::steady_clock;
+
+// Twenty different closed and open curves, performed with variation in size, place and noise.
+void drawGesture(void* gro, int gesture, std::mt19937& rng, int points = 90) {
+  std::uniform_real_distribution<double> jitter(-1.0, 1.0);
+  const double size = 0.2 * (1.0 + 0.15 * jitter(rng));
+  const double cx = 0.05 * jitter(rng), cy = 1.4 + 0.05 * jitter(rng);
+  const double a = 1 + gesture % 5, b = 1 + gesture / 5;
+  for (int i = 0; i < points; ++i) {
+    const double t = 6.283 * i / (points - 1);
+    const double p[3] = {cx + size * std::sin(a * t) + 0.003 * jitter(rng),
+                         cy + size * std::cos(b * t) + 0.003 * jitter(rng), 0.45 + 0.05 * std::sin(t)};
+    GestureRecognition_contdStrokeQ(gro, p, kFacing);
+  }
+}
+
+void* enhancedSet() {
+  std::mt19937 rng(1);
+  void* gro = GestureRecognition_create();
+  GestureRecognition_setEnhancedRecognition(gro, 1);
+  for (int g = 0; g < kGestures; ++g) {
+    GestureRecognition_createGesture(gro, "gesture", nullptr);
+    for (int s = 0; s < kSamples; ++s) {
+      GestureRecognition_startStroke(gro, kHead, kFacing, g);
+      drawGesture(gro, g, rng);
+      GestureRecognition_endStroke(gro, nullptr, nullptr, nullptr, nullptr, nullptr);
+    }
+  }
+  return gro;
+}
+
+void BM_EnhancedEndStroke(benchmark::State& state) {
+  void* gro = enhancedSet();
+  std::mt19937 rng(2);
+  int gesture = 0, correct = 0, total = 0;
+  for (auto _ : state) {
+    GestureRecognition_startStroke(gro, kHead, kFacing, -1);
+    drawGesture(gro, gesture, rng);
+    const auto begin = Clock::now();
+    const int identified = GestureRecognition_endStroke(gro, nullptr, nullptr, nullptr, nullptr, nullptr);
+    const auto end = Clock::now();
+    correct += identified == gesture ? 1 : 0;
+    ++total;
+    gesture = (gesture + 1) % kGestures;
+    state.SetIterationTime(std::chrono::duration<double>(end - begin).count());
+  }
+  state.counters["correct_share"] = total > 0 ? static_cast<double>(correct) / total : 0.0;
+  GestureRecognition_delete(gro);
+}
+BENCHMARK(BM_EnhancedEndStroke)->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+// A running motion of one gesture after another, a point and a call every 11 ms (busy-waiting, as
+// in the plain mode's frame loop); the median of the calls.
+void BM_EnhancedContdIdentify(benchmark::State& state) {
+  void* gro = enhancedSet();
+  std::mt19937 rng(3);
+  std::vector<double> times;
+  GestureRecognition_startStroke(gro, kHead, kFacing, -1);
+  int frame = 0;
+  std::uniform_real_distribution<double> jitter(-1.0, 1.0);
+  for (auto _ : state) {
+    const double t = 0.07 * frame++;
+    const double p[3] = {0.2 * std::sin(3 * t) + 0.003 * jitter(rng), 1.4 + 0.2 * std::cos(2 * t), 0.45};
+    GestureRecognition_contdStrokeQ(gro, p, kFacing);
+    const auto until = Clock::now() + std::chrono::milliseconds(11);
+    while (Clock::now() < until) {
+    }
+    double similarity = 0.0;
+    const auto begin = Clock::now();
+    benchmark::DoNotOptimize(GestureRecognition_contdIdentify(gro, kHead, kFacing, &similarity));
+    const auto end = Clock::now();
+    times.push_back(std::chrono::duration<double, std::micro>(end - begin).count());
+    state.SetIterationTime(std::chrono::duration<double>(end - begin).count());
+  }
+  // The first second fills the window; the calls after it are the ones a running host sees.
+  if (times.size() > 100) times.erase(times.begin(), times.begin() + 92);
+  std::sort(times.begin(), times.end());
+  state.counters["median_us"] = times[times.size() / 2];
+  state.counters["p95_us"] = times[times.size() * 95 / 100];
+  GestureRecognition_delete(gro);
+}
+BENCHMARK(BM_EnhancedContdIdentify)->UseManualTime()->Iterations(250)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
