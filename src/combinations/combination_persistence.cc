@@ -10,6 +10,7 @@
 #include <string>
 
 #include "combinations/gesture_combinations.h"
+#include "model/shape_identification.h"
 #include "persistence/archive.h"
 #include "persistence/background_job.h"
 #include "persistence/database_format.h"
@@ -379,7 +380,10 @@ int GestureCombinations::loadArchive(const ArchiveSource& source, MetadataCreato
 // asked.
 void GestureCombinations::setPartsEnhanced(bool on) {
   for (int i = 0; i < partCount; ++i) {
-    if (GestureRecognition* part = partAt(i)) part->gestureModel.enhancedRecognition = on;
+    if (GestureRecognition* part = partAt(i)) {
+      part->gestureModel.enhancedRecognition = on;
+      prepareShapes(part->gestureModel);
+    }
   }
 }
 

@@ -79,6 +79,13 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   return nearest;
 }
 
+void prepareShapes(const GestureModel& model) {
+  if (!model.enhancedRecognition) return;
+  for (const Gesture* gesture : model.gestures) {
+    for (const Stroke* sample : gesture->gestureSamples) storedShape(*sample, model.parameters);
+  }
+}
+
 void probabilitiesFromShapeDistances(const double* distances, int count, double* probabilities) {
   double nearest = std::numeric_limits<double>::infinity();
   for (int i = 0; i < count; ++i) nearest = std::min(nearest, distances[i]);

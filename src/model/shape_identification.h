@@ -15,6 +15,10 @@ bool shapeMatchingApplies(const GestureModel& model);
 // is written, infinity for a gesture without one; without, only the nearest is worked out fully.
 int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances);
 
+// Makes the shapes of all stored samples now rather than at the first identification, which
+// would otherwise pay for all of them at once. Does nothing with the mode off.
+void prepareShapes(const GestureModel& model);
+
 // Probabilities from the distances: they sum to 1, the nearest gesture gets the most, and every
 // other loses weight with the ratio of its distance to the nearest one's.
 void probabilitiesFromShapeDistances(const double* distances, int count, double* probabilities);

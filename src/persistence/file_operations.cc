@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 
+#include "model/shape_identification.h"
 #include "persistence/archive.h"
 #include "persistence/background_job.h"
 #include "persistence/database_format.h"
@@ -100,7 +101,10 @@ int readFromPath(GestureModel& model, const char* path, IGestureRecognition::Met
     MemoryInputBuffer buffer(text.data(), text.size());
     std::istream stream(&buffer);
     const int result = readGestureDatabase(model, stream, creator, owner);
-    if (result >= 0) model.enhancedRecognition = readArchiveMember(path, kEnhancedMember, text) && enhancedMemberSaysOn(text);
+    if (result >= 0) {
+      model.enhancedRecognition = readArchiveMember(path, kEnhancedMember, text) && enhancedMemberSaysOn(text);
+      prepareShapes(model);
+    }
     return result;
   }
   std::ifstream file(path, std::ios::binary);
@@ -121,6 +125,7 @@ int readFromBuffer(GestureModel& model, const char* data, int size,
     if (result >= 0) {
       model.enhancedRecognition =
           readArchiveMemberFromBuffer(data, bytes, kEnhancedMember, text) && enhancedMemberSaysOn(text);
+      prepareShapes(model);
     }
     return result;
   }

@@ -5,6 +5,8 @@
 #include <new>
 #include <thread>
 
+#include "model/shape_identification.h"
+
 namespace zando {
 
 GestureRecognition::GestureRecognition() {
@@ -78,6 +80,8 @@ int GestureRecognition::setEnhancedRecognition(int on) {
   if (isSaving()) return ReturnCode_SavingInProgress;
   if (on != 0 && on != 1) return ReturnCode_InvalidParameter;
   gestureModel.enhancedRecognition = on == 1;
+  copyFrameToModel();
+  prepareShapes(gestureModel);
   return ReturnCode_Success;
 }
 

@@ -1,5 +1,6 @@
 // The capture cycle: start, extend, prune, cancel and end a stroke.
 #include "model/identification.h"
+#include "features/shape_matching.h"
 #include "recognition/gesture_recognition.h"
 #include "recognition/stroke_results.h"
 
@@ -157,7 +158,12 @@ int GestureRecognition::cancelStroke() {
 void GestureRecognition::storeCurrentStrokeAsSample() {
   // Gestures may have been deleted while the stroke ran; then nothing is stored.
   if (recordingGestureId < 0 || recordingGestureId >= gestureModel.gestureCount()) return;
-  gestureModel.gestures[static_cast<size_t>(recordingGestureId)]->gestureSamples.push_back(new Stroke(currentStroke));
+  auto* sample = new Stroke(currentStroke);
+  gestureModel.gestures[static_cast<size_t>(recordingGestureId)]->gestureSamples.push_back(sample);
+  if (gestureModel.enhancedRecognition) {
+    copyFrameToModel();
+    storedShape(*sample, gestureModel.parameters);
+  }
 }
 
 int GestureRecognition::finishStroke(EndKind kind, double* similarity, double* probabilities, double* similarities,
