@@ -2,13 +2,9 @@
 // one contdIdentify per frame, a 1000 ms window, 20 gestures with a network of the shape a first
 // training builds and gesture statistics for the similarity. The same frame loop times endStroke
 // on strokes of the window's length, and both are also timed back to back without the wait.
-//
-// A frame-loop call is one call in 11 ms, so a single preemption of the virtual machine moves the
-// mean of a run by several microseconds: each run also reports the median and the 95th percentile
-// of its calls, and the median is the figure compared with the target.
+// Frame-loop runs also report the median of their calls, the figure compared with the target.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <vector>
@@ -23,14 +19,12 @@ namespace {
 
 constexpr int kGestures = 20;
 constexpr int kFrames = 150;
-const double kHead[3] = {0.0, 1.7, 0.0};
-const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
-
-using Clock = std::chrono::steady_clock;
-
-double microseconds(Clock::time_point begin, Clock::time_point end) {
-  return std::chrono::duration<double, std::micro>(end - begin).count();
-}
+using zando_bench::CallTimes;
+using zando_bench::Clock;
+using zando_bench::kFacing;
+using zando_bench::kHead;
+using zando_bench::microseconds;
+using zando_bench::waitForNextFrame;
 
 void handAt(int gesture, double t, double p[3]) {
   p[0] = 0.2 * std::sin((1 + gesture % 5) * t);
@@ -58,15 +52,8 @@ zando::GestureRecognition* trainedLookingRecognizer() {
   return recognizer;
 }
 
-void waitForNextFrame() {
-  const auto until = Clock::now() + std::chrono::milliseconds(11);
-  while (Clock::now() < until) {
-  }
-}
-
 // A running stroke whose 1000 ms window is full: 92 frames at the frame rate, waited for as the
-// measured frames are. Sleeping here instead lets the processor idle, and the first few hundred
-// milliseconds of frames after that run at a fraction of the speed on these machines.
+// measured frames are.
 void fillWindow(void* gro, int& frame) {
   GestureRecognition_startStroke(gro, kHead, kFacing, -1);
   for (; frame < 92; ++frame) {
@@ -76,20 +63,6 @@ void fillWindow(void* gro, int& frame) {
     waitForNextFrame();
   }
 }
-
-class CallTimes {
- public:
-  void add(double us) { times_.push_back(us); }
-  void report(benchmark::State& state) {
-    if (times_.empty()) return;
-    std::sort(times_.begin(), times_.end());
-    state.counters["median_us"] = times_[times_.size() / 2];
-    state.counters["p95_us"] = times_[times_.size() * 95 / 100];
-  }
-
- private:
-  std::vector<double> times_;
-};
 
 // Argument: 1 for the frame loop, 0 for calls back to back. Back to back no time passes, so no
 // new point is added either: the window keeps its length instead of growing with every call.
@@ -181,16 +154,10 @@ void BM_ContdIdentifyStages(benchmark::State& state) {
     similarity.add(microseconds(networked, end));
     state.SetIterationTime(microseconds(begin, end) * 1e-6);
   }
-  const auto median = [&state](CallTimes& times, const char* name) {
-    times.report(state);
-    state.counters[name] = state.counters["median_us"];
-  };
-  median(prune, "prune_us");
-  median(extraction, "extraction_us");
-  median(network, "network_us");
-  median(similarity, "similarity_us");
-  state.counters.erase("median_us");
-  state.counters.erase("p95_us");
+  state.counters["prune_us"] = prune.at(0.5);
+  state.counters["extraction_us"] = extraction.at(0.5);
+  state.counters["network_us"] = network.at(0.5);
+  state.counters["similarity_us"] = similarity.at(0.5);
   GestureRecognition_delete(gro);
 }
 BENCHMARK(BM_ContdIdentifyStages)->UseManualTime()->Iterations(kFrames)->Unit(benchmark::kMicrosecond);

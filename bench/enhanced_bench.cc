@@ -2,22 +2,21 @@
 // of 10 samples each, at the end of a stroke and continuously in a 90 Hz frame loop.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <random>
-#include <vector>
 
+#include "bench_support.h"
 #include "zando/zando.h"
 
 namespace {
 
 constexpr int kGestures = 20;
 constexpr int kSamples = 10;
-const double kHead[3] = {0.0, 1.7, 0.0};
-const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
-
-using Clock = std::chrono::steady_clock;
+using zando_bench::CallTimes;
+using zando_bench::Clock;
+using zando_bench::kFacing;
+using zando_bench::kHead;
 
 // Twenty different closed and open curves, performed with variation in size, place and noise.
 void drawGesture(void* gro, int gesture, std::mt19937& rng, int points = 90) {
@@ -73,7 +72,7 @@ BENCHMARK(BM_EnhancedEndStroke)->UseManualTime()->Unit(benchmark::kMicrosecond);
 void BM_EnhancedContdIdentify(benchmark::State& state) {
   void* gro = enhancedSet();
   std::mt19937 rng(3);
-  std::vector<double> times;
+  CallTimes calls;
   GestureRecognition_startStroke(gro, kHead, kFacing, -1);
   int frame = 0;
   std::uniform_real_distribution<double> jitter(-1.0, 1.0);
@@ -81,21 +80,16 @@ void BM_EnhancedContdIdentify(benchmark::State& state) {
     const double t = 0.07 * frame++;
     const double p[3] = {0.2 * std::sin(3 * t) + 0.003 * jitter(rng), 1.4 + 0.2 * std::cos(2 * t), 0.45};
     GestureRecognition_contdStrokeQ(gro, p, kFacing);
-    const auto until = Clock::now() + std::chrono::milliseconds(11);
-    while (Clock::now() < until) {
-    }
+    zando_bench::waitForNextFrame();
     double similarity = 0.0;
     const auto begin = Clock::now();
     benchmark::DoNotOptimize(GestureRecognition_contdIdentify(gro, kHead, kFacing, &similarity));
     const auto end = Clock::now();
-    times.push_back(std::chrono::duration<double, std::micro>(end - begin).count());
+    // The first second fills the window; the calls after it are the ones a running host sees.
+    if (frame > 92) calls.add(zando_bench::microseconds(begin, end));
     state.SetIterationTime(std::chrono::duration<double>(end - begin).count());
   }
-  // The first second fills the window; the calls after it are the ones a running host sees.
-  if (times.size() > 100) times.erase(times.begin(), times.begin() + 92);
-  std::sort(times.begin(), times.end());
-  state.counters["median_us"] = times[times.size() / 2];
-  state.counters["p95_us"] = times[times.size() * 95 / 100];
+  calls.report(state);
   GestureRecognition_delete(gro);
 }
 BENCHMARK(BM_EnhancedContdIdentify)->UseManualTime()->Iterations(250)->Unit(benchmark::kMicrosecond);
