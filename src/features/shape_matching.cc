@@ -1,6 +1,7 @@
 #include "features/shape_matching.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <vector>
@@ -87,26 +88,17 @@ void resampleByLength(const std::vector<Eigen::Vector3d>& path, std::array<Eigen
   for (; placed < kShapePoints; ++placed) out[static_cast<size_t>(placed)] = path.back();
 }
 
-// The box of the values a band reaches around each place, over the first `count` places.
-void envelope(const ShapeRow& values, int count, ShapeRow& low, ShapeRow& high) {
-  low.setZero();
-  high.setZero();
-  for (int i = 0; i < count; ++i) {
+// The box of the values a band reaches around each place, over the first `count` places (the
+// places after them get an empty box at zero).
+void envelope(const float* values, int count, float* low, float* high) {
+  for (int i = 0; i < kShapePoints; ++i) {
+    low[i] = high[i] = 0.0f;
+    if (i >= count) continue;
     const int from = std::max(0, i - kShapeBand);
     const int to = std::min(count - 1, i + kShapeBand);
-    low(i) = values.segment(from, to - from + 1).minCoeff();
-    high(i) = values.segment(from, to - from + 1).maxCoeff();
+    low[i] = *std::min_element(values + from, values + to + 1);
+    high[i] = *std::max_element(values + from, values + to + 1);
   }
-}
-
-// Distances of the query's values to the boxes, place by place.
-ShapeRow distancesToBoxes(const ShapeRow& x, const ShapeRow& y, const ShapeRow& z, const ShapeRow& lowX,
-                          const ShapeRow& lowY, const ShapeRow& lowZ, const ShapeRow& highX, const ShapeRow& highY,
-                          const ShapeRow& highZ) {
-  const ShapeRow ex = (lowX - x).max(x - highX).max(0.0f);
-  const ShapeRow ey = (lowY - y).max(y - highY).max(0.0f);
-  const ShapeRow ez = (lowZ - z).max(z - highZ).max(0.0f);
-  return (ex * ex + ey * ey + ez * ez).sqrt();
 }
 
 }  // namespace
@@ -131,29 +123,30 @@ void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bo
   for (const Eigen::Vector3d& p : points) radius += (p - centre).squaredNorm();
   radius = std::sqrt(radius / kShapePoints);
   const double scale = radius > 0.0 ? 1.0 / radius : 1.0;
+  WarpingQuery& out = shape.path;
   for (int i = 0; i < kShapePoints; ++i) {
     const Eigen::Vector3d p = (points[static_cast<size_t>(i)] - centre) * scale;
-    shape.x(i) = static_cast<float>(p.x());
-    shape.y(i) = static_cast<float>(p.y());
-    shape.z(i) = static_cast<float>(p.z());
+    out.x[i] = static_cast<float>(p.x());
+    out.y[i] = static_cast<float>(p.y());
+    out.z[i] = static_cast<float>(p.z());
+    out.dx[i] = out.dy[i] = out.dz[i] = 0.0f;
   }
-  shape.dx.setZero();
-  shape.dy.setZero();
-  shape.dz.setZero();
   for (int i = 0; i + 1 < kShapePoints; ++i) {
     const Eigen::Vector3d step = points[static_cast<size_t>(i) + 1] - points[static_cast<size_t>(i)];
     const double length = step.norm();
     if (length <= 0.0) continue;
-    shape.dx(i) = static_cast<float>(step.x() / length);
-    shape.dy(i) = static_cast<float>(step.y() / length);
-    shape.dz(i) = static_cast<float>(step.z() / length);
+    out.dx[i] = static_cast<float>(step.x() / length);
+    out.dy[i] = static_cast<float>(step.y() / length);
+    out.dz[i] = static_cast<float>(step.z() / length);
   }
-  envelope(shape.x, kShapePoints, shape.lowX, shape.highX);
-  envelope(shape.y, kShapePoints, shape.lowY, shape.highY);
-  envelope(shape.z, kShapePoints, shape.lowZ, shape.highZ);
-  envelope(shape.dx, kShapePoints - 1, shape.lowDx, shape.highDx);
-  envelope(shape.dy, kShapePoints - 1, shape.lowDy, shape.highDy);
-  envelope(shape.dz, kShapePoints - 1, shape.lowDz, shape.highDz);
+  if (!stored) return;
+  WarpingEnvelope& box = shape.envelope;
+  envelope(out.x, kShapePoints, box.lowX, box.highX);
+  envelope(out.y, kShapePoints, box.lowY, box.highY);
+  envelope(out.z, kShapePoints, box.lowZ, box.highZ);
+  envelope(out.dx, kShapePoints - 1, box.lowDx, box.highDx);
+  envelope(out.dy, kShapePoints - 1, box.lowDy, box.highDy);
+  envelope(out.dz, kShapePoints - 1, box.lowDz, box.highDz);
 }
 
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters) {
@@ -165,83 +158,6 @@ const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& para
     sample.shape = std::move(shape);
   }
   return *sample.shape;
-}
-
-namespace {
-
-// Every point of `path` is matched at least once, to a point of the band around its own place on
-// `other`; its cost is at least the distance to the box of those points. Only places whose band
-// stops short of the last point, which has no direction, count their direction. Place by place.
-ShapeRow placeBounds(const StrokeShape& path, const StrokeShape& other) {
-  constexpr int kDirected = kShapePoints - 1 - kShapeBand;
-  ShapeRow bounds = distancesToBoxes(path.x, path.y, path.z, other.lowX, other.lowY, other.lowZ, other.highX,
-                                     other.highY, other.highZ);
-  const ShapeRow directions = distancesToBoxes(path.dx, path.dy, path.dz, other.lowDx, other.lowDy, other.lowDz,
-                                               other.highDx, other.highDy, other.highDz);
-  bounds.head<kDirected>() += static_cast<float>(kShapeDirectionWeight) * directions.head<kDirected>();
-  return bounds;
-}
-
-float boundFrom(const StrokeShape& path, const StrokeShape& other) { return placeBounds(path, other).sum(); }
-
-}  // namespace
-
-// The matching covers both paths, so the bound holds from either side; the larger one is kept.
-double shapeLowerBound(const StrokeShape& query, const StrokeShape& stored) {
-  return static_cast<double>(std::max(boundFrom(query, stored), boundFrom(stored, query)));
-}
-
-double shapeDistance(const StrokeShape& query, const StrokeShape& stored, double abandonAbove) {
-  constexpr float kUnreached = std::numeric_limits<float>::infinity();
-  constexpr int kWidth = kShapePoints + 1;
-  constexpr int kBandWidth = 2 * kShapeBand + 1;
-  const float weight = static_cast<float>(kShapeDirectionWeight);
-  const float limit = static_cast<float>(std::min(abandonAbove, static_cast<double>(kUnreached)));
-  // Two rows of the cumulative table, shifted by one: column 0 stands before the first point.
-  // Cells outside the band stay unreached.
-  std::array<float, kWidth> above;
-  std::array<float, kWidth> row;
-  above.fill(kUnreached);
-  above[0] = 0.0f;
-  // What the rows after each row must add at least: with it, a matching that cannot end below the
-  // bound is given up rows before its own sum gets there.
-  const ShapeRow bounds = placeBounds(query, stored);
-  std::array<float, kWidth> rest;
-  rest[kShapePoints] = 0.0f;
-  for (int i = kShapePoints - 1; i >= 0; --i) rest[static_cast<size_t>(i)] = rest[static_cast<size_t>(i) + 1] + bounds(i);
-  Eigen::Array<float, kBandWidth, 1> cost;
-  for (int i = 0; i < kShapePoints; ++i) {
-    const int from = std::max(0, i - kShapeBand);
-    const int to = std::min(kShapePoints - 1, i + kShapeBand);
-    const int count = to - from + 1;
-    // The pair costs of the row at once: position distance, plus the weighted direction distance
-    // where both points have a direction.
-    auto span = cost.head(count);
-    span = ((stored.x.segment(from, count) - query.x(i)).square() +
-            (stored.y.segment(from, count) - query.y(i)).square() +
-            (stored.z.segment(from, count) - query.z(i)).square())
-               .sqrt();
-    if (i < kShapePoints - 1) {
-      const int directed = std::min(count, kShapePoints - 1 - from);
-      span.head(directed) += weight * ((stored.dx.segment(from, directed) - query.dx(i)).square() +
-                                       (stored.dy.segment(from, directed) - query.dy(i)).square() +
-                                       (stored.dz.segment(from, directed) - query.dz(i)).square())
-                                          .sqrt();
-    }
-    row.fill(kUnreached);
-    float rowBest = kUnreached;
-    for (int k = 0; k < count; ++k) {
-      const size_t j = static_cast<size_t>(from + k) + 1;
-      const float total = std::min({above[j], row[j - 1], above[j - 1]}) + cost(k);
-      row[j] = total;
-      rowBest = std::min(rowBest, total);
-    }
-    // Costs are never negative: once a whole row and what must follow is past the bound, so is the
-    // end.
-    if (rowBest + rest[static_cast<size_t>(i) + 1] > limit) return std::numeric_limits<double>::infinity();
-    above = row;
-  }
-  return static_cast<double>(above[kShapePoints]);
 }
 
 }  // namespace zando

@@ -4,38 +4,20 @@
 #ifndef ZANDO_FEATURES_SHAPE_MATCHING_H
 #define ZANDO_FEATURES_SHAPE_MATCHING_H
 
-#include <array>
-#include <limits>
-
-#include <Eigen/Core>
-
 #include "features/model_parameters.h"
+#include "features/shape_warping.h"
 #include "spatial/spatial.h"
 
 namespace zando {
 
-constexpr int kShapePoints = 32;
-// How far the warping may move a point along the other path: a quarter of the path.
-constexpr int kShapeBand = kShapePoints / 4;
-// Weight of the difference in direction of travel against the difference in position.
-constexpr double kShapeDirectionWeight = 0.6;
-
-// Values of one coordinate along a path. Single precision: the distances decide between shapes,
-// and four values go through each vector instruction.
-using ShapeRow = Eigen::Array<float, kShapePoints, 1>;
-
 struct StrokeShape {
   // The head settings the shape was made with: a stored shape is made anew when they change.
   int headSettings[5] = {0, 0, 0, 0, 0};
-  // The points, coordinate by coordinate.
-  ShapeRow x, y, z;
-  // Unit direction from each point to the next (zero where two points coincide, and after the
-  // last point).
-  ShapeRow dx, dy, dz;
-  // Per point, the box around the points of the other path that the band lets it meet: a lower
-  // bound of the distance that costs one pass instead of the warping.
-  ShapeRow lowX, lowY, lowZ, highX, highY, highZ;
-  ShapeRow lowDx, lowDy, lowDz, highDx, highDy, highDz;
+  // The points, and the unit direction from each point to the next (zero where two points
+  // coincide, and after the last point).
+  WarpingQuery path;
+  // Made for stored shapes only: what cheap lower bounds of the warping compare a query with.
+  WarpingEnvelope envelope;
 };
 
 // The shape of a stroke of at least two points (fewer give a shape at the origin). `stored`: the
@@ -44,15 +26,6 @@ void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bo
 
 // The shape of a stored sample, made on first use and kept with it.
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters);
-
-// A lower bound of shapeDistance(query, stored).
-double shapeLowerBound(const StrokeShape& query, const StrokeShape& stored);
-
-// The warping distance: the cheapest monotone matching of the two paths within the band, each
-// pair costing the distance of the points plus the weighted distance of the directions. Stops
-// early and returns infinity once the result must exceed `abandonAbove`.
-double shapeDistance(const StrokeShape& query, const StrokeShape& stored,
-                     double abandonAbove = std::numeric_limits<double>::infinity());
 
 }  // namespace zando
 

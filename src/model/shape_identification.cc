@@ -12,9 +12,11 @@ namespace zando {
 namespace {
 
 struct Candidate {
-  double bound;
+  float bound;
   int gesture;
-  const StrokeShape* shape;
+  const WarpingQuery* path;
+  // Index of the candidate's place bounds.
+  size_t slot;
 };
 
 // How sharply the probabilities fall with the ratio of a distance to the nearest one: a gesture
@@ -32,47 +34,72 @@ bool shapeMatchingApplies(const GestureModel& model) {
 }
 
 int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances) {
-  constexpr double kFar = std::numeric_limits<double>::infinity();
+  constexpr float kFar = std::numeric_limits<float>::infinity();
   thread_local StrokeShape query;
   thread_local std::vector<Candidate> candidates;
+  thread_local std::vector<PlaceValues> bounds;
+  thread_local std::vector<float> nearestOf;
   makeStrokeShape(stroke, model.parameters, false, query);
 
-  // The cheap bound of every sample first; the warping runs on the most promising samples and
-  // stops as soon as no remaining bound can beat what was found.
+  // The cheap bound of every sample first; the warping runs on the most promising samples, several
+  // at once, and skips every sample whose bound cannot beat what its gesture (or, when only the
+  // nearest gesture is asked for, any gesture) has found.
   candidates.clear();
+  bounds.clear();
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
     for (const Stroke* sample : gesture.gestureSamples) {
       const StrokeShape& shape = storedShape(*sample, model.parameters);
-      candidates.push_back({shapeLowerBound(query, shape), g, &shape});
+      bounds.emplace_back();
+      const float bound = placeBounds(query.path, shape.envelope, bounds.back());
+      candidates.push_back({bound, g, &shape.path, bounds.size() - 1});
     }
   }
   std::sort(candidates.begin(), candidates.end(),
             [](const Candidate& a, const Candidate& b) { return a.bound < b.bound; });
 
+  const bool perGesture = distances != nullptr;
+  nearestOf.assign(perGesture ? static_cast<size_t>(model.gestureCount()) : 1, kFar);
+  const auto nearestFor = [&](int gesture) -> float& {
+    return nearestOf[perGesture ? static_cast<size_t>(gesture) : 0];
+  };
   int nearest = -1;
-  double best = kFar;
-  if (distances == nullptr) {
-    for (const Candidate& candidate : candidates) {
-      if (candidate.bound > best) break;
-      const double d = shapeDistance(query, *candidate.shape, best);
-      if (d < best || (d == best && candidate.gesture < nearest)) {
-        best = d;
-        nearest = candidate.gesture;
+  WarpingLane batch[kShapeLanes];
+  int batchGesture[kShapeLanes];
+  float found[kShapeLanes];
+  for (size_t next = 0; next < candidates.size();) {
+    int count = 0;
+    for (; next < candidates.size() && count < kShapeLanes; ++next) {
+      const Candidate& candidate = candidates[next];
+      const float limit = nearestFor(candidate.gesture);
+      if (candidate.bound > limit) {
+        // The bounds are sorted: past the overall nearest, no later sample can come closer.
+        if (perGesture) continue;
+        next = candidates.size();
+        break;
+      }
+      batch[count] = {candidate.path, &bounds[candidate.slot], limit};
+      batchGesture[count++] = candidate.gesture;
+    }
+    if (count == 0) break;
+    warpPaths(query.path, batch, count, found);
+    for (int l = 0; l < count; ++l) {
+      float& own = nearestFor(batchGesture[l]);
+      // Of equal distances the lowest gesture index wins.
+      if (found[l] < own || (found[l] == own && !perGesture && batchGesture[l] < nearest)) {
+        own = found[l];
+        if (!perGesture) nearest = batchGesture[l];
       }
     }
-    return nearest;
   }
-  std::fill_n(distances, model.gestureCount(), kFar);
-  for (const Candidate& candidate : candidates) {
-    double& own = distances[candidate.gesture];
-    if (candidate.bound > own) continue;
-    own = std::min(own, shapeDistance(query, *candidate.shape, own));
-  }
+  if (!perGesture) return nearest;
+  float best = kFar;
   for (int g = 0; g < model.gestureCount(); ++g) {
-    if (distances[g] < best) {
-      best = distances[g];
+    const float d = nearestOf[static_cast<size_t>(g)];
+    distances[g] = static_cast<double>(d);
+    if (d < best) {
+      best = d;
       nearest = g;
     }
   }

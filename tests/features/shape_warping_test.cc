@@ -1,0 +1,122 @@
+// The lane-by-lane warping against a plain one-pair-at-a-time warping, its lower bounds, its giving
+// up, and its two instruction sets against each other.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "features/model_parameters.h"
+#include "features/shape_matching.h"
+
+namespace zando {
+namespace {
+
+// A wandering hand path of `points` poses in front of the head.
+StrokeShape randomShape(std::mt19937& rng, int points) {
+  std::normal_distribution<double> step(0.0, 0.02);
+  Stroke stroke;
+  stroke.headStart = StrokePoint(Unstamped{});
+  double p[3] = {0.0, 1.4, 0.4};
+  for (int i = 0; i < points; ++i) {
+    for (double& v : p) v += step(rng);
+    stroke.handPoints.emplace_back(Unstamped{});
+    stroke.handPoints.back().position = Vector3(p[0], p[1], p[2]);
+  }
+  StrokeShape shape;
+  makeStrokeShape(stroke, ModelParameters(), true, shape);
+  return shape;
+}
+
+// The warping written out cell by cell, in double precision.
+double plainWarping(const WarpingQuery& a, const WarpingQuery& b) {
+  const int n = kShapePoints;
+  std::vector<double> table((n + 1) * (n + 1), INFINITY);
+  const auto at = [&](int i, int j) -> double& { return table[static_cast<size_t>(i * (n + 1) + j)]; };
+  at(0, 0) = 0.0;
+  for (int i = 1; i <= n; ++i) {
+    for (int j = std::max(1, i - kShapeBand); j <= std::min(n, i + kShapeBand); ++j) {
+      const int p = i - 1, q = j - 1;
+      double cost = std::hypot(a.x[p] - b.x[q], a.y[p] - b.y[q], a.z[p] - b.z[q]);
+      if (p < n - 1 && q < n - 1) {
+        cost += kShapeDirectionWeight * std::hypot(a.dx[p] - b.dx[q], a.dy[p] - b.dy[q], a.dz[p] - b.dz[q]);
+      }
+      at(i, j) = cost + std::min({at(i - 1, j), at(i, j - 1), at(i - 1, j - 1)});
+    }
+  }
+  return at(n, n);
+}
+
+class ShapeWarpingTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::mt19937 rng(7);
+    query = randomShape(rng, 60);
+    for (int l = 0; l < kShapeLanes; ++l) {
+      stored.push_back(randomShape(rng, 20 + 15 * l));
+      exact.push_back(plainWarping(query.path, stored.back().path));
+    }
+    bounds.resize(stored.size());
+    for (size_t l = 0; l < stored.size(); ++l) {
+      sums.push_back(placeBounds(query.path, stored[l].envelope, bounds[l]));
+      lanes.push_back({&stored[l].path, &bounds[l], INFINITY});
+    }
+  }
+
+  StrokeShape query;
+  std::vector<StrokeShape> stored;
+  std::vector<double> exact;
+  std::vector<PlaceValues> bounds;
+  std::vector<float> sums;
+  std::vector<WarpingLane> lanes;
+};
+
+TEST_F(ShapeWarpingTest, EveryLaneMatchesThePlainWarpingAndItsBoundStaysBelow) {
+  for (const int count : {kShapeLanes, 3, 1}) {
+    float found[kShapeLanes];
+    warpPaths(query.path, lanes.data(), count, found);
+    for (int l = 0; l < count; ++l) {
+      EXPECT_NEAR(found[l], exact[static_cast<size_t>(l)], 1e-4 * exact[static_cast<size_t>(l)]) << count << " " << l;
+      EXPECT_GT(sums[static_cast<size_t>(l)], 0.0f);
+      EXPECT_LE(sums[static_cast<size_t>(l)], exact[static_cast<size_t>(l)]);
+    }
+  }
+}
+
+// Past its limit a lane may stop early (infinity) or finish; below it, it always finishes.
+TEST_F(ShapeWarpingTest, ALaneIsGivenUpOnlyPastItsLimit) {
+  for (size_t l = 0; l < lanes.size(); ++l) {
+    lanes[l].limit = static_cast<float>(exact[l] * (l % 2 == 0 ? 0.9 : 1.1));
+  }
+  lanes[0].limit = 0.0f;
+  float found[kShapeLanes];
+  warpPaths(query.path, lanes.data(), kShapeLanes, found);
+  EXPECT_TRUE(std::isinf(found[0]));
+  for (int l = 1; l < kShapeLanes; ++l) {
+    const double expected = exact[static_cast<size_t>(l)];
+    if (l % 2 == 0) {
+      EXPECT_TRUE(std::isinf(found[l]) || std::abs(found[l] - expected) < 1e-4 * expected) << l;
+    } else {
+      EXPECT_NEAR(found[l], expected, 1e-4 * expected) << l;
+    }
+  }
+}
+
+#if defined(ZANDO_WIDE_WARPING)
+TEST_F(ShapeWarpingTest, BothInstructionSetsGiveTheSameBits) {
+  if (__builtin_cpu_supports("avx") == 0) GTEST_SKIP() << "no 256-bit instructions here";
+  lanes[2].limit = static_cast<float>(exact[2] * 0.5);
+  float narrow[kShapeLanes], wide[kShapeLanes];
+  warpPathsNarrow(query.path, lanes.data(), 6, narrow);
+  warpPathsWide(query.path, lanes.data(), 6, wide);
+  for (int l = 0; l < 6; ++l) EXPECT_EQ(narrow[l], wide[l]) << l;
+  PlaceValues narrowBounds, wideBounds;
+  EXPECT_EQ(placeBoundsNarrow(query.path, stored[4].envelope, narrowBounds),
+            placeBoundsWide(query.path, stored[4].envelope, wideBounds));
+  EXPECT_TRUE(std::equal(narrowBounds.value, narrowBounds.value + kShapePoints, wideBounds.value));
+}
+#endif
+
+}  // namespace
+}  // namespace zando
