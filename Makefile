@@ -5,14 +5,31 @@
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 PACKAGES := cmake make g++ pkg-config libeigen3-dev libzip-dev zipcmp zipmerge ziptool libgtest-dev libbenchmark-dev libcli11-dev libfmt-dev nlohmann-json3-dev
+# libFuzzer comes with clang.
+FUZZ_PACKAGES := clang-14 libclang-rt-14-dev
 
-.PHONY: all deps configure build test demo bench clean
+# The sanitizer builds, each in a folder of its own. Every finding stops the test that met it.
+SANITIZE_DIR ?= build-sanitize
+TSAN_DIR ?= build-tsan
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 60
+SANITIZER_CMAKE := -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZANDO_BUILD_BENCHMARKS=OFF
+export ASAN_OPTIONS ?= detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1
+export UBSAN_OPTIONS ?= halt_on_error=1:print_stacktrace=1
+export TSAN_OPTIONS ?= halt_on_error=1:second_deadlock_stack=1
+# The thread sanitizer's memory layout needs address randomisation off on newer kernels.
+NO_RANDOM_LAYOUT := $(shell setarch $$(uname -m) -R true 2>/dev/null && echo "setarch $$(uname -m) -R")
+# The tests that run background jobs: training, asynchronous saving and loading, combinations.
+TSAN_TESTS ?= Train|Async|Cancel|Stress|Combination|Saving|Loading|Job|Thread
+
+.PHONY: all deps fuzz-deps configure build test demo bench sanitize tsan fuzz clean
 
 all: build
 
-deps:
+deps fuzz-deps: WANTED = $(if $(filter fuzz-deps,$@),$(FUZZ_PACKAGES),$(PACKAGES))
+deps fuzz-deps:
 	@missing=""; \
-	for p in $(PACKAGES); do \
+	for p in $(WANTED); do \
 	  dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "install ok installed" || missing="$$missing $$p"; \
 	done; \
 	if [ -n "$$missing" ]; then \
@@ -42,5 +59,34 @@ bench: build
 	@echo
 	@$(BUILD_DIR)/tools/zando_bench_summary $(BUILD_DIR)/bench.json
 
+sanitize: deps
+	cmake -S . -B $(SANITIZE_DIR) $(SANITIZER_CMAKE) -DZANDO_SANITIZE=address,undefined
+	cmake --build $(SANITIZE_DIR) -j $(JOBS)
+	ctest --test-dir $(SANITIZE_DIR) --output-on-failure -j $(JOBS)
+
+tsan: deps
+	cmake -S . -B $(TSAN_DIR) $(SANITIZER_CMAKE) -DZANDO_SANITIZE=thread -DZANDO_BUILD_TOOLS=OFF
+	cmake --build $(TSAN_DIR) -j $(JOBS)
+	$(NO_RANDOM_LAYOUT) ctest --test-dir $(TSAN_DIR) --output-on-failure -j $(JOBS) -R '$(TSAN_TESTS)'
+
+# Each fuzz target for FUZZ_SECONDS, starting from valid files of every version its reader takes
+# and from what earlier runs kept in $(FUZZ_DIR)/corpus; an input that fails is written to
+# $(FUZZ_DIR)/findings, and the run stops there.
+FUZZ_TARGETS := recognition_load_buffer recognition_import_buffer combinations_load_buffer
+fuzz: deps fuzz-deps
+	CC=clang-14 CXX=clang++-14 cmake -S . -B $(FUZZ_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DZANDO_SANITIZE=address,undefined -DZANDO_BUILD_FUZZERS=ON \
+	  -DZANDO_BUILD_TESTS=OFF -DZANDO_BUILD_BENCHMARKS=OFF -DZANDO_BUILD_TOOLS=OFF
+	cmake --build $(FUZZ_DIR) -j $(JOBS)
+	$(FUZZ_DIR)/fuzz/make_seeds $(FUZZ_DIR)/seeds
+	@mkdir -p $(FUZZ_DIR)/findings
+	@for target in $(FUZZ_TARGETS); do \
+	  echo "== $$target, $(FUZZ_SECONDS) s"; \
+	  mkdir -p $(FUZZ_DIR)/corpus/$$target; \
+	  $(FUZZ_DIR)/fuzz/$$target -max_total_time=$(FUZZ_SECONDS) -max_len=65536 -timeout=10 -rss_limit_mb=2048 \
+	    -artifact_prefix=$(FUZZ_DIR)/findings/$$target- -print_final_stats=1 \
+	    $(FUZZ_DIR)/corpus/$$target $(FUZZ_DIR)/seeds/$$target || exit 1; \
+	done
+
 clean:
-	rm -rf $(BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(TSAN_DIR) $(FUZZ_DIR)
