@@ -76,6 +76,13 @@ void GestureCombinations::releaseParts() {
   for (auto& recognizer : parts) {
     if (recognizer != nullptr) recognizer->waitForWorkers();
   }
+  // A part's own set metadata can only have come from a file the part read, and no host function
+  // reaches it: it goes with the part. (Gesture metadata stays the host's, as everywhere.)
+  for (auto& recognizer : parts) {
+    if (recognizer == nullptr) continue;
+    delete recognizer->gestureModel.metadata;
+    recognizer->gestureModel.metadata = nullptr;
+  }
   parts.clear();
   partEnabled.clear();
   partProbabilities.clear();

@@ -25,7 +25,8 @@ struct GestureModel {
   ModelParameters parameters;
   double trainingCost = std::numeric_limits<double>::max();
   double validationCost = std::numeric_limits<double>::max();
-  double recognitionScore = 0.0;
+  // The host may read the score at any time, also while a training run stores its result.
+  std::atomic<double> recognitionScore{0.0};
   std::vector<Matrix> weights;       // W[0] .. W[L-1]; row 0 holds the biases
   std::vector<Matrix> layerBuffers;  // A[0] .. A[L], one row, mutable even while identifying
   std::vector<std::vector<double>> gestureMeans;

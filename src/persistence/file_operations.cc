@@ -6,6 +6,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <unordered_set>
 
 #include "model/shape_identification.h"
 #include "persistence/archive.h"
@@ -206,6 +207,20 @@ void mergeModels(GestureModel& into, const GestureModel& from, std::vector<int>*
   }
 }
 
+// The reader made metadata objects for the file's set and its gestures. Those of gestures that
+// came over as new ones now belong to the host; the rest (the set's, those of gestures that joined
+// one already here, all of a failed import) would reach nobody, so they go with the file's model.
+void discardUnclaimedMetadata(GestureModel& imported, const GestureModel& into) {
+  std::unordered_set<const IGestureRecognition::Metadata*> claimed;
+  for (const Gesture* gesture : into.gestures) claimed.insert(gesture->gestureMetadata);
+  for (Gesture* gesture : imported.gestures) {
+    if (claimed.count(gesture->gestureMetadata) == 0) delete gesture->gestureMetadata;
+    gesture->gestureMetadata = nullptr;
+  }
+  delete imported.metadata;
+  imported.metadata = nullptr;
+}
+
 }  // namespace
 
 template <typename Read>
@@ -217,9 +232,9 @@ static int importWith(GestureRecognition& self, std::vector<int>* mapping, Read&
   imported.loadProgress = &forwardLoadProgress;
   imported.loadProgressContext = &self;
   const int result = read(imported);
-  if (result != 0) return result;
-  mergeModels(self.gestureModel, imported, mapping);
-  return ReturnCode_Success;
+  if (result == 0) mergeModels(self.gestureModel, imported, mapping);
+  discardUnclaimedMetadata(imported, self.gestureModel);
+  return result;
 }
 
 int GestureRecognition::importFromFile(const char* path, MetadataCreatorFunction metadataCreator,
