@@ -237,6 +237,10 @@ int GestureCombinations::saveToFile(const char* path) {
     if (!completeText(out, text)) return ReturnCode_StreamError;
   }
 
+  if (isFolder(path)) {  // never removed in place of a file
+    markJobFinished(savingState);
+    return ReturnCode_CannotReplaceFile;
+  }
   if (std::FILE* existing = std::fopen(path, "rb")) {
     std::fclose(existing);
     if (std::remove(path) != 0) {

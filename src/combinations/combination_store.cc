@@ -21,8 +21,9 @@ int GestureCombinations::numberOfGestureCombinations() { return static_cast<int>
 
 int GestureCombinations::createGestureCombination(const char* name) {
   if (const int busy = jobGuards()) return busy;
+  if (name == nullptr) return ReturnCode_InvalidParameter;
   GestureCombination combination;
-  combination.name = name != nullptr ? name : "";
+  combination.name = name;
   combination.partCount = partCount;
   combination.partGestures.assign(static_cast<size_t>(partCount), -1);
   combinations.push_back(std::move(combination));

@@ -2,7 +2,9 @@
 
 #include <cstdio>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 
 #include <zip.h>
 
@@ -86,6 +88,11 @@ bool appendArchiveMember(const char* path, const char* member, const std::string
   zip_t* archive = zip_open(path, ZIP_CREATE, &error);
   if (archive == nullptr) return false;
   return addMemberAndClose(archive, member, content);
+}
+
+bool isFolder(const char* path) {
+  std::error_code error;
+  return std::filesystem::is_directory(std::filesystem::path(path), error);
 }
 
 bool readArchiveMember(const char* path, const char* member, std::string& content) {

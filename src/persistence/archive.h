@@ -24,6 +24,10 @@ bool writeArchiveMember(const char* path, const char* member, const std::string&
 // already there stay. False if it could not be written; the archive is then as it was.
 bool appendArchiveMember(const char* path, const char* member, const std::string& content);
 
+// Whether path names a folder. A save treats one as a file that cannot be removed: a folder may
+// open for reading like a file, and removing it in place of the file would take an empty one away.
+bool isFolder(const char* path);
+
 // Extracts a member of the archive at path. False if path is no archive, lacks the member, or
 // the member is empty or too large for a signed 32-bit size.
 bool readArchiveMember(const char* path, const char* member, std::string& content);

@@ -66,6 +66,7 @@ int GestureRecognition::saveToFile(const char* path) {
   if (!stream.good()) return ReturnCode_StreamError;
   const std::streamoff position = stream.tellp();
   if (position <= 0 || static_cast<size_t>(position) != text.size()) return ReturnCode_StreamError;
+  if (isFolder(path)) return ReturnCode_CannotReplaceFile;  // never removed in place of a file
   // An existing file goes first: a new archive is written, never a member added to an old one.
   if (std::FILE* existing = std::fopen(path, "rb")) {
     std::fclose(existing);

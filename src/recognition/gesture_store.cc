@@ -26,7 +26,8 @@ int GestureRecognition::createGesture(const char* name, Metadata* metadata) {
   if (isTraining()) return ReturnCode_TrainingInProgress;
   if (isLoading()) return ReturnCode_LoadingInProgress;
   if (isSaving()) return ReturnCode_SavingInProgress;
-  gestureModel.gestures.push_back(new Gesture(name != nullptr ? name : "", metadata));
+  if (name == nullptr) return ReturnCode_InvalidParameter;
+  gestureModel.gestures.push_back(new Gesture(name, metadata));
   const int count = gestureModel.gestureCount();
   if (hasTrainedNetwork(gestureModel)) {
     // The new output scores from a zero column until the next training.

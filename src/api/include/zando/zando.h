@@ -188,7 +188,8 @@ class ZANDO_API IGestureRecognition {
   virtual int numberOfGestures() = 0;
   virtual int deleteGesture(int index) = 0;
   virtual int deleteAllGestures() = 0;
-  /* Appends a gesture; returns its index. The metadata pointer is kept, not owned. */
+  /* Appends a gesture; returns its index, -8, -15 or -17 while a job owns the object, or -18 for
+   * a null name. The metadata pointer is kept, not owned. */
   virtual int createGesture(const char* name, Metadata* metadata) = 0;
   /* The stored score of the last training, or a new measurement over all samples. */
   virtual double recognitionScore(bool recompute) = 0;
@@ -435,7 +436,7 @@ class ZANDO_API IGestureCombinations {
   virtual int numberOfGestureCombinations() = 0;
   virtual int deleteGestureCombination(int combination) = 0;
   virtual int deleteAllGestureCombinations() = 0;
-  /* A new combination in which every part must stay idle; returns its index. */
+  /* A new combination in which every part must stay idle; returns its index, -18 for a null name. */
   virtual int createGestureCombination(const char* name) = 0;
   /* gesture -1: the part must do nothing. */
   virtual int setCombinationPartGesture(int combination, int part, int gesture) = 0;
