@@ -44,10 +44,11 @@ void useRecognition(void* gro) {
   std::vector<double> p(static_cast<size_t>(std::max(gestures, 1))), s(p.size());
   for (int variant = 0; variant < 2; ++variant) {
     GestureRecognition_startStroke(gro, kHead, kFacing, -1);
+    int points = 0;
     drawCurve(variant, variant, [&](const double* point) {
       GestureRecognition_contdStrokeQ(gro, point, kFacing);
       double similarity = 0.0;
-      GestureRecognition_contdIdentify(gro, kHead, kFacing, &similarity);
+      if (++points % 6 == 0) GestureRecognition_contdIdentify(gro, kHead, kFacing, &similarity);
     });
     int count = static_cast<int>(p.size());
     double pos[3], scale, dir0[3], dir1[3], dir2[3];

@@ -158,21 +158,31 @@ void GestureCombinations::trainingFinishForwarder(double performance, void* cont
   GestureCombinations* self = ownerOf(context, &part);
   if (self == nullptr) return;
   bool last = false;
+  double score = 0.0;
+  GestureRecognition_TrainingCallbackFunction finish = nullptr;
+  void* finishMetadata = nullptr;
   {
     std::lock_guard<std::mutex> lock(self->mutex);
     self->partBestPerformance[static_cast<size_t>(part)] = performance;
     const uint64_t bit = partBit(part);
     last = self->trainingMask.load() == bit;
-    // The application keeps away until the mask clears, which comes after the score.
-    if (last) self->computeRecognitionScore();
+    // The application keeps away until the mask clears, which comes after the score. From then
+    // on it may start the next run (which resets the stored score) or change the callback, so
+    // everything the callback needs is read before.
+    if (last) {
+      self->computeRecognitionScore();
+      score = self->recognitionScoreValue;
+      finish = self->trainingFinishCallback;
+      finishMetadata = self->trainingFinishCallbackMetadata;
+    }
     self->trainingMask.fetch_and(~bit);
     removeFrom(self->runningParts, part);
     removeFrom(self->waitingParts, part);
   }
   if (!last) {
     self->condition.notify_all();
-  } else if (self->trainingFinishCallback != nullptr) {
-    self->trainingFinishCallback(self->recognitionScoreValue, self->trainingFinishCallbackMetadata);
+  } else if (finish != nullptr) {
+    finish(score, finishMetadata);
   }
 }
 
