@@ -19,8 +19,9 @@ export UBSAN_OPTIONS ?= halt_on_error=1:print_stacktrace=1
 export TSAN_OPTIONS ?= halt_on_error=1:second_deadlock_stack=1
 # The thread sanitizer's memory layout needs address randomisation off on newer kernels.
 NO_RANDOM_LAYOUT := $(shell setarch $$(uname -m) -R true 2>/dev/null && echo "setarch $$(uname -m) -R")
-# The tests that run background jobs: training, asynchronous saving and loading, combinations.
-TSAN_TESTS ?= Train|Async|Cancel|Stress|Combination|Saving|Loading|Job|Thread
+# The whole suite, which holds every test with background jobs (training, background saving and
+# loading, combinations, the concurrency stress); a regular expression narrows it.
+TSAN_TESTS ?= .
 
 .PHONY: all deps fuzz-deps configure build test demo bench sanitize tsan fuzz clean
 
