@@ -26,6 +26,7 @@ using System;
 using System.Collections.Generic;
 using System.Runtime.InteropServices;
 using System.Text;
+using System.Threading;
 
 namespace Zando
 {
@@ -158,6 +159,7 @@ namespace Zando
     public abstract class ZandoObject : IDisposable
     {
         private IntPtr handle;
+        private int released;
         private GCHandle self;
         // Native metadata objects this wrapper has seen on its gestures and combinations.
         private readonly HashSet<IntPtr> claimedMetadata = new HashSet<IntPtr>();
@@ -224,8 +226,9 @@ namespace Zando
 
         protected virtual void Dispose(bool disposing)
         {
+            // Only one caller releases, should two threads dispose at once.
+            if (Interlocked.Exchange(ref released, 1) != 0) return;
             IntPtr current = handle;
-            if (current == IntPtr.Zero) return;
             // A running load may still be filling the object: stop it before reading what it holds.
             CancelLoadingBeforeRelease(current);
             ClaimMetadata();
