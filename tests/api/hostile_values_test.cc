@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "scratch_files.h"
+#include "waiting.h"
 #include "zando/zando.h"
 
 namespace {
@@ -53,10 +54,7 @@ void expectAll(int expected, std::initializer_list<int> answers) {
     expectCode(result, expected);
   }
 }
-bool waitFor(const std::function<bool()>& done) {  // at most twenty seconds
-  for (int i = 0; i < 2000 && !done(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  return done();
-}
+using zando::testing_support::waitUntil;
 
 const int kBadIndices[] = {-1, INT_MIN, 2, INT_MAX};  // every object below has two of each thing
 const int kSizes[] = {INT_MIN, -1, 0, 1, INT_MAX};
@@ -265,7 +263,7 @@ TEST(HostileValues, NonFiniteValuesInEveryPoseArgument) {
     if (trained) {  // for no time at all: a network of random weights
       GestureRecognition_setMaxTrainingTime(gro, 0);
       ASSERT_EQ(GestureRecognition_startTraining(gro), 0);
-      ASSERT_TRUE(waitFor([gro] { return GestureRecognition_isTraining(gro) == 0; }));
+      ASSERT_TRUE(waitUntil([gro] { return GestureRecognition_isTraining(gro) == 0; }));
     }
     drivePoses(gro, kRecognizer, recognizerCalls);
     EXPECT_EQ(GestureRecognition_saveToFile(gro, path.c_str()), 0);
@@ -281,7 +279,7 @@ TEST(HostileValues, NonFiniteValuesInEveryPoseArgument) {
     if (trained) {
       GestureCombinations_setMaxTrainingTime(gco, 0);
       ASSERT_EQ(GestureCombinations_startTraining(gco), 0);
-      ASSERT_TRUE(waitFor([gco] { return GestureCombinations_isTraining(gco) == 0; }));
+      ASSERT_TRUE(waitUntil([gco] { return GestureCombinations_isTraining(gco) == 0; }));
     }
     drivePoses(gco, kCombination, combinationCalls);
     EXPECT_EQ(GestureCombinations_saveToFile(gco, path.c_str()), 0);
@@ -302,7 +300,7 @@ TEST(HostileValues, BadIndicesCountsAndNullPointersOnARecogniser) {
   ASSERT_EQ(GestureRecognition_createGesture(other, "g", nullptr), 0);
   GestureRecognition_setMaxTrainingTime(gro, 0);
   ASSERT_EQ(GestureRecognition_startTraining(gro), 0);
-  ASSERT_TRUE(waitFor([gro] { return GestureRecognition_isTraining(gro) == 0; }));
+  ASSERT_TRUE(waitUntil([gro] { return GestureRecognition_isTraining(gro) == 0; }));
   const int meanLength = GestureRecognition_getGestureMeanLength(gro, 0);
   const Pose pose;
   const double *x = pose.position, *q = pose.rotation;
@@ -503,12 +501,15 @@ TEST(HostileValues, BadIndicesCountsAndNullPointersOnACombination) {
                  GestureCombinations_loadFromFileAsync(gco, nullptr, nullptr)});
   GestureCombinations_delete(nullptr);
   GestureCombinations_delete(gco);
-  for (int parts : {-1, INT_MIN}) {
+  for (int parts : {0, -1, INT_MIN}) {
     void* empty = GestureCombinations_create(parts);
     ASSERT_NE(empty, nullptr);
-    expectAll(0, {GestureCombinations_numberOfParts(empty), GestureCombinations_createGestureCombination(empty, "c")});
+    expectAll(0, {GestureCombinations_numberOfParts(empty), GestureCombinations_createGestureCombination(empty, "c"),
+                  GestureCombinations_updateHeadPositionQ(empty, x, q), GestureCombinations_isStrokeStarted(empty, 0)});
     expectAll(-2, {GestureCombinations_startStroke(empty, 0, x, q, -1),
                    GestureCombinations_setCombinationPartGesture(empty, 0, 0, 0)});
+    expectAll(-18, {GestureCombinations_setPartEnabled(empty, 0, 1), GestureCombinations_contdRecordPart(empty, 0, x, q)});
+    EXPECT_EQ(GestureCombinations_startTraining(empty), -9);
     EXPECT_EQ(GestureCombinations_identifyGestureCombination(empty, v, v, v, v), -1);  // no part can fit
     GestureCombinations_delete(empty);
   }
@@ -608,11 +609,11 @@ TEST(HostileValues, UnusablePathsInEveryFileFunction) {
           EXPECT_EQ(result, -3);
         } else {
           ASSERT_EQ(result, 0);
-          ASSERT_TRUE(waitFor([&] { return end.calls > 0; }));
+          ASSERT_TRUE(waitUntil([&] { return end.calls > 0; }));
           expectCode(end.result, saves ? c.save : c.load);
           // A combination save that failed keeps its state, as its state machine is meant to.
           if (!call.combination || !saves || end.result >= 0 || end.result == -11) {
-            EXPECT_TRUE(waitFor([&] {
+            EXPECT_TRUE(waitUntil([&] {
               return call.combination
                          ? GestureCombinations_isSaving(handle) + GestureCombinations_isLoading(handle) == 0
                          : GestureRecognition_isSaving(handle) + GestureRecognition_isLoading(handle) == 0;

@@ -14,6 +14,7 @@
 #include "combination_fixture.h"
 #include "persistence/archive.h"
 #include "scratch_files.h"
+#include "waiting.h"
 
 namespace zando {
 namespace {
@@ -23,6 +24,7 @@ using testing_support::readFile;
 using testing_support::scratchPath;
 
 using namespace combination_testing;
+using testing_support::waitUntil;
 using Metadata = IGestureRecognition::Metadata;
 
 std::string member(const std::string& path, const char* name) {
@@ -279,7 +281,7 @@ TEST_F(CombinationFilesTest, BackgroundJobsReportProgressAndFinishOnce) {
   c->setSavingFinishCallbackFunction(&recordResult);
   c->setSavingFinishCallbackMetadata(&saveResult);
   ASSERT_EQ(c->saveToFileAsync(file.c_str()), 0);
-  while (saveResult.load() == 99) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  ASSERT_TRUE(waitUntil([&] { return saveResult.load() != 99; }));
   EXPECT_EQ(saveResult.load(), 0);
   EXPECT_FALSE(c->isSaving());
   ASSERT_FALSE(saved.empty());
@@ -293,7 +295,7 @@ TEST_F(CombinationFilesTest, BackgroundJobsReportProgressAndFinishOnce) {
   other->setLoadingFinishCallbackFunction(&recordResult);
   other->setLoadingFinishCallbackMetadata(&loadResult);
   ASSERT_EQ(other->loadFromFileAsync(file.c_str(), IGestureRecognition::getDefaultMetadataCreatorFunction()), 0);
-  while (loadResult.load() == 99) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  ASSERT_TRUE(waitUntil([&] { return loadResult.load() != 99; }));
   EXPECT_EQ(other->cancelLoading(), 0);
   EXPECT_EQ(loadResult.load(), 0);
   EXPECT_TRUE(std::is_sorted(loaded.begin(), loaded.end()));
@@ -308,7 +310,7 @@ TEST_F(CombinationFilesTest, AFailedBackgroundSaveStaysRunningWithoutHangingAnyo
   c->setSavingFinishCallbackFunction(&recordResult);
   c->setSavingFinishCallbackMetadata(&result);
   ASSERT_EQ(c->saveToFileAsync("/no/such/folder/set.zip"), 0);
-  while (result.load() == 99) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  ASSERT_TRUE(waitUntil([&] { return result.load() != 99; }));
   EXPECT_EQ(result.load(), -3);
   EXPECT_TRUE(c->isSaving());
   EXPECT_EQ(c->saveToFileAsync(path("again.zip").c_str()), -17);

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "combination_fixture.h"
+#include "waiting.h"
 
 namespace zando {
 namespace {
@@ -39,11 +40,7 @@ void onFinish(double score, void* context) {
 }
 
 bool waitFor(const std::atomic<int>& counter, int value, int seconds) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-  while (counter.load() < value && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return counter.load() >= value;
+  return testing_support::waitUntil([&] { return counter.load() >= value; }, seconds);
 }
 
 class CombinationTrainingTest : public ::testing::Test {

@@ -20,6 +20,7 @@
 
 #include "../recognition/recognizer_fixture.h"
 #include "../scratch_files.h"
+#include "../waiting.h"
 
 namespace zando {
 namespace {
@@ -210,7 +211,7 @@ struct JobLog {
     l->finishes++;
   }
   void wait() const {
-    for (int i = 0; i < 2000 && finishes.load() < 1; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_TRUE(testing_support::waitUntil([this] { return finishes.load() >= 1; }, 10));
   }
 };
 

@@ -8,6 +8,7 @@
 
 #include "model/training_fixtures.h"
 #include "recognition/gesture_recognition.h"
+#include "waiting.h"
 
 namespace zando {
 namespace {
@@ -17,13 +18,8 @@ using testing_shapes::addGestures;
 
 const double kHead[3] = {0.0, 1.7, 0.0}, kIdentity[4] = {0.0, 0.0, 0.0, 1.0};  // ShapeMaker's head
 
-// Polls `done` every 5 ms for up to 15 seconds.
 template <typename Condition>
-bool waitFor(Condition done) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(15);
-  while (!done() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  return done();
-}
+bool waitFor(Condition done) { return testing_support::waitUntil(done, 15); }
 
 // Outlives the recogniser, so that a late callback can still be checked.
 struct FinishLog {
