@@ -153,6 +153,18 @@ namespace Zando
     }
 
     /// <summary>
+    /// Marks the methods the library calls back: ahead-of-time compilers of engine hosts look for
+    /// an attribute of this name on every static method a native function pointer leads to.
+    /// </summary>
+    [AttributeUsage(AttributeTargets.Method)]
+    internal sealed class MonoPInvokeCallbackAttribute : Attribute
+    {
+        public MonoPInvokeCallbackAttribute(Type delegateType) { DelegateType = delegateType; }
+
+        public Type DelegateType { get; private set; }
+    }
+
+    /// <summary>
     /// What both object types share: the native handle, the events, the metadata the wrapper owns
     /// and the helpers that turn codes into exceptions.
     /// </summary>
@@ -440,36 +452,42 @@ namespace Zando
             }
         }
 
+        [MonoPInvokeCallback(typeof(Native.TrainingCallback))]
         private static void OnTrainingUpdate(double score, IntPtr context)
         {
             ZandoObject target = Find(context);
             if (target != null) target.Raise(target.TrainingUpdated, score);
         }
 
+        [MonoPInvokeCallback(typeof(Native.TrainingCallback))]
         private static void OnTrainingFinish(double score, IntPtr context)
         {
             ZandoObject target = Find(context);
             if (target != null) target.Raise(target.TrainingFinished, score);
         }
 
+        [MonoPInvokeCallback(typeof(Native.IOCallback))]
         private static void OnSavingUpdate(int percent, IntPtr context)
         {
             ZandoObject target = Find(context);
             if (target != null) target.Raise(target.SavingProgress, percent);
         }
 
+        [MonoPInvokeCallback(typeof(Native.IOCallback))]
         private static void OnSavingFinish(int code, IntPtr context)
         {
             ZandoObject target = Find(context);
             if (target != null) target.Raise(target.SavingFinished, code);
         }
 
+        [MonoPInvokeCallback(typeof(Native.IOCallback))]
         private static void OnLoadingUpdate(int percent, IntPtr context)
         {
             ZandoObject target = Find(context);
             if (target != null) target.Raise(target.LoadingProgress, percent);
         }
 
+        [MonoPInvokeCallback(typeof(Native.IOCallback))]
         private static void OnLoadingFinish(int code, IntPtr context)
         {
             ZandoObject target = Find(context);
