@@ -321,8 +321,8 @@ namespace Zando
             return bytes;
         }
 
-        // Hangs new bytes where `store` puts them; the new object is claimed once stored.
-        internal void StoreMetadata(byte[] bytes, Func<IntPtr, int> store, string operation)
+        // A new object holding the bytes, handed to `store`; freed again if the library refuses it.
+        private static IntPtr Store(byte[] bytes, Func<IntPtr, int> store, string operation)
         {
             IntPtr metadata = CreateMetadata(bytes);
             int code = store(metadata);
@@ -331,21 +331,20 @@ namespace Zando
                 Native.GestureRecognition_deleteDefaultMetadata(metadata);
                 throw new ZandoException(code, operation);
             }
-            Claim(metadata);
+            return metadata;
+        }
+
+        // Metadata of a gesture or a combination: claimed once stored.
+        internal void StoreMetadata(byte[] bytes, Func<IntPtr, int> store, string operation)
+        {
+            Claim(Store(bytes, store, operation));
         }
 
         // The set's own metadata: the library deletes it when a load replaces it, so the wrapper
         // frees only the one a host replaces, and the current one with the object.
         internal void ReplaceSetMetadata(byte[] bytes, IntPtr previous, Func<IntPtr, int> store)
         {
-            IntPtr metadata = CreateMetadata(bytes);
-            int code = store(metadata);
-            if (code < 0)
-            {
-                Native.GestureRecognition_deleteDefaultMetadata(metadata);
-                throw new ZandoException(code, "SetMetadata");
-            }
-            if (previous != metadata) Native.GestureRecognition_deleteDefaultMetadata(previous);
+            if (Store(bytes, store, "SetMetadata") != previous) Native.GestureRecognition_deleteDefaultMetadata(previous);
         }
 
         // ---- Helpers of the derived classes ----
@@ -1759,6 +1758,7 @@ namespace Zando
 
         private void CheckPartRoom(double[] partProbabilities, double[] partSimilarities)
         {
+            if (partProbabilities == null && partSimilarities == null) return;
             int parts = NumberOfParts;
             if (partProbabilities != null && partProbabilities.Length < parts)
                 throw new ArgumentException("room for one value per part is needed", "partProbabilities");
