@@ -76,7 +76,7 @@ bool readRecording(const std::string& path, Recording& recording, std::string& e
     };
     Point point;
     if (!number("x", point.hand.position[0]) || !number("y", point.hand.position[1]) ||
-        !number("z", point.hand.position[2])) {
+        !number("z", point.hand.position[2]) || !number("t", point.time)) {
       return false;
     }
     if (hasRotation && (!number("qx", point.hand.rotation[0]) || !number("qy", point.hand.rotation[1]) ||

@@ -18,6 +18,7 @@ struct Pose {
 struct Point {
   Pose hand;
   Pose head;
+  double time = 0.0;  // milliseconds, from the `t` column
 };
 
 struct Sample {
