@@ -1,5 +1,5 @@
 // The `zando` program as a developer runs it: usage and errors, and the round of a small
-// recording through train, info, eval and plot; also a combination file.
+// recording through train, info, eval (also on streams) and plot; also a combination file.
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -129,6 +129,32 @@ TEST(CommandLineTest, ARecordingTrainsAndIsDescribedEvaluatedAndDrawn) {
   EXPECT_NE(picture.find("stroke=\"#d2452b\""), std::string::npos);
   EXPECT_EQ(run("plot " + csv + " --gesture nothing -o " + svg).exitCode, 1);
   for (const std::string& path : {csv, set, svg}) std::remove(path.c_str());
+}
+
+TEST(CommandLineTest, ContinuousEvaluationPlaysStreamsForOneAndTwoHands) {
+  const std::string csv = writeRecording("stream.csv");
+  // Three gestures: one stays untrained in each trial, so each subject's stream holds two held-out
+  // samples of each of the other two.
+  const Outcome json = run("eval " + csv + " --continuous --train-per-class 2 --trials 1 --seconds 1 --json");
+  ASSERT_EQ(json.exitCode, 0) << json.output;
+  EXPECT_EQ(json.output.front(), '{');
+  EXPECT_EQ(json.output.substr(json.output.size() - 2), "}\n");
+  for (const char* key : {"\"samples\": 8", "\"detections\"", "\"false_alarms\"", "\"misses\"", "\"precision\"",
+                          "\"recall\"", "\"f1\"", "\"false_alarms_per_minute\"", "\"delay_seconds\"",
+                          "\"detect_call_us\"", "\"p95\""}) {
+    EXPECT_NE(json.output.find(key), std::string::npos) << key;
+  }
+  const Outcome hands = run("eval " + csv +
+                            " --continuous --hands 2 --speed-range 0.5,2 --fps 60 --by-subject --train-per-class 2"
+                            " --trials 1 --seconds 1 --jobs 2");
+  ASSERT_EQ(hands.exitCode, 0) << hands.output;
+  for (const char* figure : {"two hands", "new user", "false alarms", "per minute", "precision", "recall", "F1",
+                             "delay", "contdDetect"}) {
+    EXPECT_NE(hands.output.find(figure), std::string::npos) << figure;
+  }
+  EXPECT_EQ(run("eval " + csv + " --hands 2").exitCode, 2);  // streams only
+  EXPECT_EQ(run("eval " + csv + " --continuous --speed-range 2,0.5").exitCode, 2);
+  std::remove(csv.c_str());
 }
 
 TEST(CommandLineTest, CombinationFilesAreDescribed) {

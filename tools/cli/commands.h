@@ -43,8 +43,34 @@ struct EvalOptions {
   bool json = false;
   int jobs = 1;
   unsigned seed = 1;
+  // Detection in a running stream of motion instead of identification of single strokes.
+  bool continuous = false;
+  int hands = 1;  // 2: both hands, through a combination object
+  int framesPerSecond = 30;
+  double slowest = 1.0;  // each sample of the stream plays between these speeds
+  double fastest = 1.0;
 };
 int runEval(const EvalOptions& options);
+
+struct Sample;
+struct Recording;
+
+// One training of an evaluation: the samples that train a fresh set and those that test it.
+struct EvalJob {
+  int trial = 0;
+  std::vector<const Sample*> training;
+  std::vector<const Sample*> testing;
+};
+// Same user: for each subject, T samples of each gesture train and the subject's others test.
+// New user (bySubject): T samples of each gesture of the other subjects train, all of the
+// subject's samples test. Subjects with nothing to train or test are left out.
+std::vector<EvalJob> makeEvalJobs(const Recording& recording, const EvalOptions& options);
+// Calls work(0) to work(count - 1) on at most `workers` threads, with a progress line unless quiet.
+void runInParallel(size_t count, int workers, bool quiet, const std::function<void(size_t)>& work);
+// The value below which `share` of the values lie; 0 for none.
+double percentile(std::vector<double> values, double share);
+// `zando eval --continuous`, on the recording and jobs that runEval prepared.
+int runContinuousEval(const EvalOptions& options, const Recording& recording, const std::vector<EvalJob>& jobs);
 
 // A training finish callback that sets the std::atomic<bool> it is handed.
 inline void markDone(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }

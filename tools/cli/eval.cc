@@ -23,12 +23,6 @@ namespace cli {
 
 namespace {
 
-struct Job {
-  int trial = 0;
-  std::vector<const Sample*> training;
-  std::vector<const Sample*> testing;
-};
-
 struct JobResult {
   int correct = 0;
   int total = 0;
@@ -37,7 +31,7 @@ struct JobResult {
   double trainingSeconds = 0.0;
 };
 
-JobResult runJob(const Job& job, size_t gestures, int seconds, bool enhanced) {
+JobResult runJob(const EvalJob& job, size_t gestures, int seconds, bool enhanced) {
   JobResult result;
   result.confusion.assign(gestures, std::vector<int>(gestures + 1, 0));
   void* gro = GestureRecognition_create();
@@ -87,15 +81,17 @@ void draw(std::vector<const Sample*> pool, size_t gestures, int perGesture, std:
   }
 }
 
-std::vector<Job> makeJobs(const Recording& recording, const EvalOptions& options) {
+}  // namespace
+
+std::vector<EvalJob> makeEvalJobs(const Recording& recording, const EvalOptions& options) {
   std::mt19937 rng(options.seed);
-  std::vector<Job> jobs;
+  std::vector<EvalJob> jobs;
   const size_t gestures = recording.gestures.size();
   for (int trial = 0; trial < options.trials; ++trial) {
     for (const std::string& subject : recording.subjects) {
       std::vector<const Sample*> own, others;
       for (const Sample& sample : recording.samples) (sample.subject == subject ? own : others).push_back(&sample);
-      Job job;
+      EvalJob job;
       job.trial = trial;
       if (options.bySubject) {
         draw(others, gestures, options.trainPerClass, rng, job.training, nullptr);
@@ -115,7 +111,28 @@ double percentile(std::vector<double> values, double share) {
   return values[std::min(values.size() - 1, static_cast<size_t>(share * static_cast<double>(values.size())))];
 }
 
-}  // namespace
+void runInParallel(size_t count, int workers, bool quiet, const std::function<void(size_t)>& work) {
+  std::atomic<size_t> next{0}, finished{0};
+  std::vector<std::thread> pool;
+  for (int w = 0; w < std::max(1, std::min(workers, static_cast<int>(count))); ++w) {
+    pool.emplace_back([&] {
+      for (size_t j = next++; j < count; j = next++) {
+        work(j);
+        ++finished;
+      }
+    });
+  }
+  Progress progress("evaluating");
+  while (finished.load() < count) {
+    if (!quiet) {
+      progress.update(static_cast<double>(finished.load()) / count,
+                      fmt::format("{} of {} trainings", finished.load(), count));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  }
+  for (std::thread& thread : pool) thread.join();
+  if (!quiet) progress.finish(fmt::format("{} of {} trainings", count, count));
+}
 
 int runEval(const EvalOptions& options) {
   Recording recording;
@@ -124,35 +141,17 @@ int runEval(const EvalOptions& options) {
     fmt::print(stderr, "zando: {}\n", error);
     return 1;
   }
-  const std::vector<Job> jobs = makeJobs(recording, options);
+  const std::vector<EvalJob> jobs = makeEvalJobs(recording, options);
   if (jobs.empty()) {
     fmt::print(stderr, "zando: no subject has samples left to test with {} per gesture for training\n",
                options.trainPerClass);
     return 1;
   }
+  if (options.continuous) return runContinuousEval(options, recording, jobs);
   const size_t gestures = recording.gestures.size();
   std::vector<JobResult> results(jobs.size());
-  std::atomic<size_t> nextJob{0}, finished{0};
-  const int workers = std::max(1, std::min(options.jobs, static_cast<int>(jobs.size())));
-  std::vector<std::thread> pool;
-  for (int w = 0; w < workers; ++w) {
-    pool.emplace_back([&] {
-      for (size_t j = nextJob++; j < jobs.size(); j = nextJob++) {
-        results[j] = runJob(jobs[j], gestures, options.seconds, options.enhanced);
-        ++finished;
-      }
-    });
-  }
-  Progress progress("evaluating");
-  while (finished.load() < jobs.size()) {
-    if (!options.json) {
-      progress.update(static_cast<double>(finished.load()) / jobs.size(),
-                      fmt::format("{} of {} trainings", finished.load(), jobs.size()));
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-  }
-  for (std::thread& thread : pool) thread.join();
-  if (!options.json) progress.finish(fmt::format("{} of {} trainings", jobs.size(), jobs.size()));
+  runInParallel(jobs.size(), options.jobs, options.json,
+                [&](size_t j) { results[j] = runJob(jobs[j], gestures, options.seconds, options.enhanced); });
 
   // Accuracy per trial, then its mean and spread over trials.
   std::vector<double> accuracy;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -69,6 +70,19 @@ int main(int argc, char** argv) {
   evalCommand->add_option("--jobs", eval.jobs, "trainings in parallel (default: the core count)")
       ->check(CLI::PositiveNumber);
   evalCommand->add_option("--seed", eval.seed, "seed of the random draws");
+  CLI::Option* continuous = evalCommand->add_flag(
+      "--continuous", eval.continuous,
+      "detection in a stream: test samples and untrained gestures joined by moves and pauses");
+  evalCommand->add_option("--hands", eval.hands, "1, or 2 for two-handed streams (a combination object)")
+      ->check(CLI::IsMember({1, 2}))
+      ->needs(continuous);
+  evalCommand->add_option("--fps", eval.framesPerSecond, "frame rate of the stream")
+      ->check(CLI::Range(5, 1000))
+      ->needs(continuous);
+  std::pair<double, double> speeds{1.0, 1.0};
+  evalCommand->add_option("--speed-range", speeds, "each sample of the stream plays SLOWEST,FASTEST times as fast")
+      ->delimiter(',')
+      ->needs(continuous);
 
   cli::PlotOptions plot;
   CLI::App* plotCommand = app.add_subcommand("plot", "Draw the samples of gestures in three projections as SVG");
@@ -85,6 +99,11 @@ int main(int argc, char** argv) {
       if (equals == std::string::npos) throw CLI::ValidationError("--param", "'" + pair + "' is not ID=VALUE");
       train.parameters.emplace_back(std::stoi(pair.substr(0, equals)), std::stoi(pair.substr(equals + 1)));
     }
+    if (!(speeds.first > 0.0 && speeds.first <= speeds.second && speeds.second <= 100.0)) {
+      throw CLI::ValidationError("--speed-range", "wants two speeds, the slower first, above 0 and at most 100");
+    }
+    eval.slowest = speeds.first;
+    eval.fastest = speeds.second;
   } catch (const CLI::CallForHelp&) {
     fmt::print("{}", app.help());
     return 0;
