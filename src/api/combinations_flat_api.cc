@@ -481,4 +481,23 @@ int GestureCombinations_getEnhancedRecognition(void* gco) {
   return value(gco, 0, [](Combinations* c) { return c->getEnhancedRecognition(); });
 }
 
+// ---- Continuous detection ----
+
+int GestureCombinations_setHostTime(void* gco, double seconds) {
+  return code(gco, [&](Combinations* c) { return c->setHostTime(seconds); });
+}
+int GestureCombinations_contdDetect(void* gco, const double hmd_p[3], const double hmd_q[4], int* combination,
+                                    double* confidence) {
+  return code(gco, [&](Combinations* c) { return c->contdDetect(hmd_p, hmd_q, combination, confidence); });
+}
+int GestureCombinations_contdDetectM(void* gco, const double hmd[4][4], int* combination, double* confidence) {
+  return code(gco, [&](Combinations* c) { return c->contdDetectM(hmd, combination, confidence); });
+}
+int GestureCombinations_setDetectionSensitivity(void* gco, double sensitivity) {
+  return code(gco, [&](Combinations* c) { return c->setDetectionSensitivity(sensitivity); });
+}
+double GestureCombinations_getDetectionSensitivity(void* gco) {
+  return value(gco, -1.0, [](Combinations* c) { return c->getDetectionSensitivity(); });
+}
+
 }  // extern "C"

@@ -473,6 +473,25 @@ int GestureRecognition_getEnhancedRecognition(void* gro) {
   return value(gro, 0, [](IGestureRecognition* r) { return r->getEnhancedRecognition(); });
 }
 
+// ---- Continuous detection ----
+
+int GestureRecognition_setHostTime(void* gro, double seconds) {
+  return code(gro, [&](IGestureRecognition* r) { return r->setHostTime(seconds); });
+}
+int GestureRecognition_contdDetect(void* gro, const double hmd_p[3], const double hmd_q[4], int* gesture,
+                                   double* confidence) {
+  return code(gro, [&](IGestureRecognition* r) { return r->contdDetect(hmd_p, hmd_q, gesture, confidence); });
+}
+int GestureRecognition_contdDetectM(void* gro, const double hmd[4][4], int* gesture, double* confidence) {
+  return code(gro, [&](IGestureRecognition* r) { return r->contdDetectM(hmd, gesture, confidence); });
+}
+int GestureRecognition_setDetectionSensitivity(void* gro, double sensitivity) {
+  return code(gro, [&](IGestureRecognition* r) { return r->setDetectionSensitivity(sensitivity); });
+}
+double GestureRecognition_getDetectionSensitivity(void* gro) {
+  return value(gro, -1.0, [](IGestureRecognition* r) { return r->getDetectionSensitivity(); });
+}
+
 void* GestureRecognition_createDefaultMetadata(void) {
   return new (std::nothrow) DefaultMetadata();
 }

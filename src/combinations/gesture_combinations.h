@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "recognition/continuous_detection.h"
 #include "recognition/gesture_recognition.h"
 #include "zando/zando.h"
 
@@ -209,6 +210,14 @@ class GestureCombinations : public IGestureCombinations {
   int setEnhancedRecognition(int on) override;
   int getEnhancedRecognition() override;
 
+  // ---- Continuous detection ----
+  int setHostTime(double seconds) override;
+  int contdDetect(const double headPosition[3], const double headRotation[4], int* combination,
+                  double* confidence) override;
+  int contdDetectM(const double headMatrix[4][4], int* combination, double* confidence) override;
+  int setDetectionSensitivity(double sensitivity) override;
+  double getDetectionSensitivity() override;
+
   // The part's training callbacks; they run on the part's training thread.
   static void trainingUpdateForwarder(double performance, void* context);
   static void trainingFinishForwarder(double performance, void* context);
@@ -257,6 +266,17 @@ class GestureCombinations : public IGestureCombinations {
   // Background save and load workers of this object still alive (the parts count their own).
   std::atomic<int> activeWorkers{0};
   PartAccessGate partGate;
+  // Continuous detection: what each part performed lately, kept until a combination used it or
+  // it is too old to be part of one.
+  struct PartEvent {
+    Detection detection;
+    double reported = 0.0;  // when the part reported it, in seconds of the parts' clock
+    bool used = false;
+  };
+  std::vector<std::vector<PartEvent>> partEvents;
+  // The combination whose parts have been performed together and nothing can change any more, or
+  // -1; `found` gets its confidence.
+  int completedCombination(double now, double& confidence);
 
   // Deletes all parts and builds `count` new ones, wired as the constructor wires them.
   void rebuildParts(int count);

@@ -40,10 +40,8 @@ StrokePoint poseAsStored(const StrokePoint& point) {
   return stored;
 }
 
-// Hand positions in the head's frame: the head of the first point for the initial policy, each
-// point's own head otherwise. Heads are paired with points as a saved file pairs them (a stroke
-// whose heads ran out repeats the last, one without any uses its start), and a stored sample is
-// read at the precision of a file: a set identifies alike before saving and after loading.
+}  // namespace
+
 void headRelativePath(const Stroke& stroke, const ModelParameters& parameters, bool stored,
                       std::vector<Eigen::Vector3d>& path) {
   const std::vector<StrokePoint>& hand = stroke.handPoints;
@@ -61,6 +59,8 @@ void headRelativePath(const Stroke& stroke, const ModelParameters& parameters, b
     path[i] = frame.topLeftCorner<3, 3>() * Eigen::Vector3d(p.x, p.y, p.z) + frame.topRightCorner<3, 1>();
   }
 }
+
+namespace {
 
 // Points evenly spaced along the path, so that neither the speed of the hand nor its pauses
 // change the shape.
@@ -111,6 +111,10 @@ void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bo
   } else {
     headRelativePath(stroke, parameters, stored, path);
   }
+  makePathShape(path, stored, shape);
+}
+
+void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, StrokeShape& shape) {
   std::array<Eigen::Vector3d, kShapePoints> points;
   resampleByLength(path, points);
 

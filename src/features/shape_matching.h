@@ -6,6 +6,10 @@
 
 #include "features/model_parameters.h"
 #include "features/shape_warping.h"
+#include <vector>
+
+#include <Eigen/Core>
+
 #include "spatial/spatial.h"
 
 namespace zando {
@@ -20,9 +24,20 @@ struct StrokeShape {
   WarpingEnvelope envelope;
 };
 
+// Hand positions in the head's frame: the head of the first point for the initial policy, each
+// point's own head otherwise. Heads are paired with points as a saved file pairs them (a stroke
+// whose heads ran out repeats the last, one without any uses its start), and a stored sample is
+// read at the precision of a file: a set identifies alike before saving and after loading.
+void headRelativePath(const Stroke& stroke, const ModelParameters& parameters, bool stored,
+                      std::vector<Eigen::Vector3d>& path);
+
 // The shape of a stroke of at least two points (fewer give a shape at the origin). `stored`: the
 // stroke is a stored sample, read at the precision its saved file keeps.
 void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bool stored, StrokeShape& shape);
+
+// The same for a path of points already in the head's frame (at least one); the envelope only
+// for `stored` shapes. The head settings are left as they are.
+void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, StrokeShape& shape);
 
 // The shape of a stored sample, made on first use and kept with it.
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters);

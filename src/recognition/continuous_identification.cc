@@ -17,7 +17,8 @@ bool finitePose(const double position[3], const double rotation[4]) {
 
 int GestureRecognition::contdWindow(const double headPosition[3], const double headRotation[4], int64_t* now) {
   currentStroke.headLatest = StrokePoint(headPosition, headRotation);
-  if (now != nullptr) *now = nowMilliseconds();
+  if (hostTimeMs >= 0) currentStroke.headLatest.timestamp = hostTimeMs;
+  if (now != nullptr) *now = clockNow();
   pruneStroke(-1, contdIdentificationPeriod);
   // The window is read against the head pose of its own first point.
   if (!currentStroke.headPoints.empty()) currentStroke.headStart = currentStroke.headPoints.front();

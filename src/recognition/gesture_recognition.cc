@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "model/shape_identification.h"
+#include "recognition/continuous_detection.h"
 
 namespace zando {
 

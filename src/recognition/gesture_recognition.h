@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -17,6 +18,9 @@
 #include "zando/zando.h"
 
 namespace zando {
+
+class ContinuousDetector;
+struct Detection;
 
 // Saving and loading move through the same five states as training: idle, requested, running,
 // stop requested, finished.
@@ -154,6 +158,14 @@ class GestureRecognition : public IGestureRecognition {
   int setEnhancedRecognition(int on) override;
   int getEnhancedRecognition() override;
 
+  // ---- Continuous detection ----
+  int setHostTime(double seconds) override;
+  int contdDetect(const double headPosition[3], const double headRotation[4], int* gesture,
+                  double* confidence) override;
+  int contdDetectM(const double headMatrix[4][4], int* gesture, double* confidence) override;
+  int setDetectionSensitivity(double sensitivity) override;
+  double getDetectionSensitivity() override;
+
   // Copies the frame-of-reference members into the model's parameters before the model's
   // routines run (identification, training, saving).
   void copyFrameToModel();
@@ -163,6 +175,10 @@ class GestureRecognition : public IGestureRecognition {
   void smoothContdResult(int& gesture, double& similarity);
   // Returns once no background thread of this object can touch it any more.
   void waitForWorkers();
+  // contdDetect with the whole detection (times in seconds of the stroke's clock): 1, 0 or a code.
+  int detectPerformed(const double headPosition[3], const double headRotation[4], Detection& found);
+  // "Now" in milliseconds: the host's time once it has given one, else the system clock.
+  int64_t clockNow() const { return hostTimeMs >= 0 ? hostTimeMs.load() : nowMilliseconds(); }
 
   // ---- State, in declaration order behind the interface members ----
   bool strokeStarted = false;
@@ -190,6 +206,18 @@ class GestureRecognition : public IGestureRecognition {
   // Background threads that may still touch this object. A job reports "finished" before its
   // last callback returns, so the destructor waits for this count to reach zero as well.
   std::atomic<int> activeWorkers{0};
+  // The host's frame time in milliseconds, or -1 for the system clock. Written by the host's
+  // thread only; atomic because a background save may read stroke times alongside.
+  std::atomic<int64_t> hostTimeMs{-1};
+  // Continuous detection, made at its first use. The detector is fed the points of the current
+  // stroke that came after the last point it took.
+  std::unique_ptr<ContinuousDetector> detector;
+  uint64_t strokeSerial = 0;  // counts started strokes, so the detector sees a new one
+  uint64_t detectorStroke = 0;
+  int64_t detectionEpochMs = 0;
+  bool detectorFed = false;
+  StrokePoint lastDetectedPoint{Unstamped{}};
+  double detectionSensitivity = 0.5;
 
  private:
   // Appends a deep copy of the current stroke to the samples of recordingGestureId, if that is
@@ -203,6 +231,9 @@ class GestureRecognition : public IGestureRecognition {
   // Cuts the running stroke to the time window ending now and marks it continuous; -7 when fewer
   // than two points remain. The time of the cut goes to *now if asked.
   int contdWindow(const double headPosition[3], const double headRotation[4], int64_t* now);
+  // Feeds the detector the stroke's new points and reports what it confirms by now: 1 with the
+  // detection, else 0.
+  int detectInStroke(Detection& found);
 
   int beginStroke(const StrokePoint& head, int gestureId);
 };

@@ -19,13 +19,15 @@ const double* flat(const double matrix[4][4]) { return &matrix[0][0]; }
 int GestureRecognition::beginStroke(const StrokePoint& head, int gestureId) {
   recordingGestureId = gestureId;
   currentStroke.headStart = head;
-  currentStroke.headLatest = head;
+  if (hostTimeMs >= 0) currentStroke.headStart.timestamp = hostTimeMs;
+  currentStroke.headLatest = currentStroke.headStart;
   // clear() keeps the capacity, so a steady stream of strokes stops allocating.
   currentStroke.handPoints.clear();
   currentStroke.headPoints.clear();
-  currentStroke.startTime = nowMilliseconds();
+  currentStroke.startTime = clockNow();
   currentStroke.sampleType = SampleType_Stroke;
   strokeStarted = true;
+  ++strokeSerial;
   return ReturnCode_Success;
 }
 
@@ -79,6 +81,7 @@ int GestureRecognition::updateHeadPositionQ(const double headPosition[3], const 
 
 int GestureRecognition::appendHandPoint(const StrokePoint& point) {
   currentStroke.handPoints.push_back(point);
+  if (hostTimeMs >= 0) currentStroke.handPoints.back().timestamp = hostTimeMs;
   // The head record keeps the time stamp of headLatest; only hand points carry capture times.
   currentStroke.headPoints.push_back(currentStroke.headLatest);
   return ReturnCode_Success;
@@ -133,7 +136,7 @@ int GestureRecognition::pruneStroke(int maxPoints, int maxAgeMs) {
     if (head.size() > hand.size()) head.resize(hand.size(), StrokePoint(Unstamped{}));
   }
   if (maxAgeMs >= 0 && !hand.empty()) {
-    const int64_t cutoff = nowMilliseconds() - maxAgeMs;
+    const int64_t cutoff = clockNow() - maxAgeMs;
     for (size_t i = hand.size(); i-- > 0;) {
       if (hand[i].timestamp < cutoff) {
         hand.erase(hand.begin(), hand.begin() + static_cast<std::ptrdiff_t>(i + 1));

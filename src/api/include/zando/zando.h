@@ -272,6 +272,27 @@ class ZANDO_API IGestureRecognition {
   /* 1 when the mode is on, else 0. */
   virtual int getEnhancedRecognition() = 0;
 
+  /* ---- Continuous detection (an addition; nothing changes until it is used) ---- */
+  /* From this call on, the object reads the host's time instead of the system clock wherever it
+   * reads the clock (stroke points, the continuous window, detection). seconds: the host's frame
+   * time, from any origin, never decreasing. A negative value returns to the system clock.
+   * 0, or -18 for a value that is not finite. */
+  virtual int setHostTime(double seconds) = 0;
+  /* Call once a frame, after the frame's hand pose went into a stroke started with index -1.
+   * Returns 1 on the one frame on which a performance of a gesture has been completed, with its
+   * index in *gesture and a confidence from 0 to 1 in *confidence; 0 on every other frame. Works
+   * in both modes on a trained set, and in the enhanced mode right after recording. What is not a
+   * gesture is rejected by thresholds learned from the stored samples. -12 without a started
+   * stroke, -8 while training, -15 while loading, -18 for a null or non-finite head pose or null
+   * outputs, -9 without an enabled gesture that has samples. */
+  virtual int contdDetect(const double headPosition[3], const double headRotation[4], int* gesture,
+                          double* confidence) = 0;
+  virtual int contdDetectM(const double headMatrix[4][4], int* gesture, double* confidence) = 0;
+  /* Shifts the learned thresholds: 0 the strictest, 1 the most willing; the default 0.5 is the
+   * one that was measured. Saved in files when not the default. 0, -18 outside 0 to 1. */
+  virtual int setDetectionSensitivity(double sensitivity) = 0;
+  virtual double getDetectionSensitivity() = 0;
+
   /* ---- Static functions ---- */
   static IGestureRecognition* create();
   /* "Zando2.13_Aug31", owned by the library; null only if its memory could not be had. */
@@ -479,6 +500,23 @@ class ZANDO_API IGestureCombinations {
   /* 1 when the mode is on, else 0. */
   virtual int getEnhancedRecognition() = 0;
 
+  /* ---- Continuous detection (an addition; nothing changes until it is used) ---- */
+  /* The host's time for every part: see IGestureRecognition::setHostTime. */
+  virtual int setHostTime(double seconds) = 0;
+  /* Call once a frame, after every part's hand pose went into strokes started with index -1.
+   * Returns 1 on the frame on which a combination has been performed (the gesture of each of
+   * its parts performed together, and no gesture by the parts it marks -1), with its index in
+   * *combination and a confidence from 0 to 1 in *confidence; 0 on every other frame. A part
+   * without a started stroke performs nothing; -12 when no part has one. -8 while training, -15
+   * while loading, -18 for a null or non-finite head pose or null outputs, -9 without
+   * combinations. */
+  virtual int contdDetect(const double headPosition[3], const double headRotation[4], int* combination,
+                          double* confidence) = 0;
+  virtual int contdDetectM(const double headMatrix[4][4], int* combination, double* confidence) = 0;
+  /* The detection sensitivity of every part: see IGestureRecognition::setDetectionSensitivity. */
+  virtual int setDetectionSensitivity(double sensitivity) = 0;
+  virtual double getDetectionSensitivity() = 0;
+
   /* ---- Static functions ---- */
   /* A new object with that many parts (none for a number below 1). */
   static IGestureCombinations* create(int numberOfParts);
@@ -624,6 +662,13 @@ ZANDO_API void* GestureRecognition_getMetadata(void* gro);
 /* Enhanced recognition (an addition): see IGestureRecognition::setEnhancedRecognition. */
 ZANDO_API int GestureRecognition_setEnhancedRecognition(void* gro, int on);
 ZANDO_API int GestureRecognition_getEnhancedRecognition(void* gro);
+/* Continuous detection (an addition): see IGestureRecognition::setHostTime and contdDetect. */
+ZANDO_API int GestureRecognition_setHostTime(void* gro, double seconds);
+ZANDO_API int GestureRecognition_contdDetect(void* gro, const double hmd_p[3], const double hmd_q[4], int* gesture, double* confidence);
+ZANDO_API int GestureRecognition_contdDetectM(void* gro, const double hmd[4][4], int* gesture, double* confidence);
+ZANDO_API int GestureRecognition_setDetectionSensitivity(void* gro, double sensitivity);
+/* The sensitivity, or -1 for a null handle. */
+ZANDO_API double GestureRecognition_getDetectionSensitivity(void* gro);
 /* A new, empty default-metadata object; free it with GestureRecognition_deleteDefaultMetadata. */
 ZANDO_API void* GestureRecognition_createDefaultMetadata(void);
 ZANDO_API void* GestureRecognition_defaultMetadataCreatorFunction(void);
@@ -773,6 +818,13 @@ ZANDO_API void* GestureCombinations_getMetadata(void* gco);
 /* Enhanced recognition (an addition) for every part: see IGestureCombinations::setEnhancedRecognition. */
 ZANDO_API int GestureCombinations_setEnhancedRecognition(void* gco, int on);
 ZANDO_API int GestureCombinations_getEnhancedRecognition(void* gco);
+/* Continuous detection (an addition) for every part: see IGestureCombinations::contdDetect. */
+ZANDO_API int GestureCombinations_setHostTime(void* gco, double seconds);
+ZANDO_API int GestureCombinations_contdDetect(void* gco, const double hmd_p[3], const double hmd_q[4], int* combination, double* confidence);
+ZANDO_API int GestureCombinations_contdDetectM(void* gco, const double hmd[4][4], int* combination, double* confidence);
+ZANDO_API int GestureCombinations_setDetectionSensitivity(void* gco, double sensitivity);
+/* The sensitivity, or -1 for a null handle. */
+ZANDO_API double GestureCombinations_getDetectionSensitivity(void* gco);
 
 #ifdef __cplusplus
 } /* extern "C" */

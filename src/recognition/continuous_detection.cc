@@ -1,0 +1,563 @@
+#include "recognition/continuous_detection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <random>
+
+#include <Eigen/Geometry>
+
+#include "features/shape_matching.h"
+
+namespace zando {
+
+namespace {
+
+// Stored samples a gesture is matched with at most; more cost time every frame and add little.
+constexpr int kMaxPathsPerGesture = 12;
+// Stored paths whose step lengths differ by less than this factor share one cutting of the motion.
+constexpr double kScaleRatio = 1.15;
+// The step lengths, in powers of that factor, at which every stored path is matched.
+constexpr int kScaleOffsets[] = {-2, 0, 2};
+// A performance may take this many times more or less time than the sample it matches.
+constexpr double kSpeedTolerance = 5.0;
+// How long a candidate must stay the best before it is reported: the motion has moved on from
+// the gesture's end and no better match of it came.
+constexpr double kConfirmSeconds = 0.2;
+// Synthetic variations of each sample, looser than the sample itself, that the thresholds must
+// accept, and motions spliced from the ends of two samples, which they must reject.
+constexpr int kVariationsPerSample = 2;
+constexpr int kMinSplices = 12;
+constexpr int kMaxSplices = 80;
+// A threshold lies at most this far beyond the worst performance it must accept: motions that
+// are not among the samples (gestures never recorded) are often closer to a gesture than the
+// other recorded gestures are.
+constexpr double kThresholdReach = 1.3;
+
+using Motion = std::vector<TimedPoint>;
+
+std::vector<Eigen::Vector3d> positionsOf(const Motion& motion) {
+  std::vector<Eigen::Vector3d> positions;
+  positions.reserve(motion.size());
+  for (const TimedPoint& point : motion) positions.push_back(point.position);
+  return positions;
+}
+
+// The stored sample in the head's frame, filtered as the running motion will be, with times in
+// seconds from its first point.
+Motion sampleMotion(const Stroke& sample, const ModelParameters& parameters) {
+  std::vector<Eigen::Vector3d> path;
+  headRelativePath(sample, parameters, true, path);
+  Motion motion;
+  motion.reserve(path.size());
+  MotionFilter filter;
+  const int64_t first = sample.handPoints.empty() ? 0 : sample.handPoints.front().timestamp;
+  for (size_t i = 0; i < path.size() && i < sample.handPoints.size(); ++i) {
+    const double time = static_cast<double>(sample.handPoints[i].timestamp - first) / 1000.0;
+    motion.push_back({filter.add(path[i], time), time});
+  }
+  return motion;
+}
+
+// A sample performed differently: stretched or squeezed along each axis, turned a little about
+// its centre and shaken slightly, as another performance of the same gesture may be.
+Motion varied(const Motion& motion, std::mt19937& random) {
+  std::uniform_real_distribution<double> stretch(0.8, 1.25);
+  std::uniform_real_distribution<double> angle(-0.2, 0.2);
+  std::normal_distribution<double> axis(0.0, 1.0);
+  Eigen::Vector3d centre = Eigen::Vector3d::Zero();
+  for (const TimedPoint& point : motion) centre += point.position;
+  centre /= static_cast<double>(motion.size());
+  Eigen::Vector3d turnAxis(axis(random), axis(random), axis(random));
+  if (turnAxis.norm() == 0.0) turnAxis = Eigen::Vector3d::UnitY();
+  const Eigen::Matrix3d turn = Eigen::AngleAxisd(angle(random), turnAxis.normalized()).toRotationMatrix();
+  const Eigen::Vector3d factors(stretch(random), stretch(random), stretch(random));
+  Motion out = motion;
+  for (TimedPoint& point : out) point.position = centre + turn * (factors.asDiagonal() * (point.position - centre));
+  return out;
+}
+
+// The second half of one motion followed by the first half of another, moved to join it: what
+// the end of one gesture and the start of the next look like in a running motion.
+Motion spliced(const Motion& first, const Motion& second) {
+  Motion out(first.begin() + static_cast<std::ptrdiff_t>(first.size() / 2), first.end());
+  const size_t half = std::max<size_t>(2, second.size() / 2);
+  const Eigen::Vector3d shift = out.back().position - second.front().position;
+  const double timeShift = out.back().time - second.front().time + 0.03;
+  for (size_t i = 0; i < half && i < second.size(); ++i) {
+    out.push_back({second[i].position + shift, second[i].time + timeShift});
+  }
+  return out;
+}
+
+// The threshold that best separates what must be found from what must not (the largest F1
+// score), placed halfway between the last score it accepts and the next one, within reach.
+double chooseThreshold(std::vector<float> accepted, std::vector<float> rejected) {
+  if (accepted.empty()) return 0.0;
+  std::vector<std::pair<float, bool>> all;
+  for (float score : accepted) all.emplace_back(score, true);
+  for (float score : rejected) all.emplace_back(score, false);
+  std::sort(all.begin(), all.end());
+  const double total = static_cast<double>(accepted.size());
+  double truePositives = 0.0, falsePositives = 0.0, bestF1 = -1.0;
+  size_t best = 0;
+  for (size_t i = 0; i < all.size(); ++i) {
+    (all[i].second ? truePositives : falsePositives) += 1.0;
+    const double f1 = 2.0 * truePositives / (truePositives + falsePositives + total);
+    if (f1 >= bestF1) {
+      bestF1 = f1;
+      best = i;
+    }
+  }
+  const double last = all[best].first;
+  if (!std::isfinite(last)) return 0.0;
+  if (best + 1 < all.size() && std::isfinite(all[best + 1].first)) {
+    return std::min(0.5 * (last + all[best + 1].first), last * kThresholdReach);
+  }
+  return last * kThresholdReach;
+}
+
+void appendFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out) {
+  out.clear();
+  out.push_back(static_cast<uintptr_t>(parameters.updateHeadPositionPolicy));
+  out.push_back(static_cast<uintptr_t>(parameters.rotationFrameX));
+  out.push_back(static_cast<uintptr_t>(parameters.rotationFrameY));
+  out.push_back(static_cast<uintptr_t>(parameters.rotationFrameZ));
+  out.push_back(static_cast<uintptr_t>(parameters.rotationOrder));
+  for (const Gesture* gesture : model.gestures) {
+    out.push_back(gesture->gestureEnabled ? gesture->gestureSamples.size() : ~uintptr_t{0});
+    for (const Stroke* sample : gesture->gestureSamples) {
+      out.push_back(reinterpret_cast<uintptr_t>(sample));
+      out.push_back(sample->handPoints.size());
+      out.push_back(sample->handPoints.empty() ? 0 : static_cast<uintptr_t>(sample->handPoints.back().timestamp));
+    }
+  }
+}
+
+}  // namespace
+
+bool ContinuousDetector::prepare(const GestureModel& model, const ModelParameters& parameters) {
+  thread_local std::vector<uintptr_t> current;
+  appendFingerprint(model, parameters, current);
+  if (current != fingerprint_) {
+    fingerprint_ = current;
+    learn(model, parameters);
+    restart();
+  }
+  return !paths_.empty();
+}
+
+void ContinuousDetector::learn(const GestureModel& model, const ModelParameters& parameters) {
+  paths_.clear();
+  matchers_.clear();
+  scales_.clear();
+  thresholds_.assign(model.gestures.size(), 0.0);
+  shapeThresholds_.assign(model.gestures.size(), 0.0);
+  historySeconds_ = 0.0;
+  std::vector<Motion> motions;  // one per stored path
+  std::map<long, int> scaleOf;
+  for (size_t g = 0; g < model.gestures.size(); ++g) {
+    const Gesture& gesture = *model.gestures[g];
+    if (!gesture.gestureEnabled) continue;
+    const size_t count = gesture.gestureSamples.size();
+    const size_t used = std::min<size_t>(count, kMaxPathsPerGesture);
+    for (size_t k = 0; k < used; ++k) {
+      // Spread over all samples when there are more than are used.
+      const Stroke& sample = *gesture.gestureSamples[k * count / used];
+      Motion motion = sampleMotion(sample, parameters);
+      StoredPath stored;
+      if (motion.size() < 3 || !makeDirectionPath(motion, stored.path)) continue;
+      const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
+      stored.gesture = static_cast<int>(g);
+      makePathShape(positionsOf(motion), true, stored.shape);
+      historySeconds_ = std::max(historySeconds_, stored.path.duration * kSpeedTolerance + 1.0);
+      for (int offset : kScaleOffsets) {
+        auto found = scaleOf.find(key + offset);
+        if (found == scaleOf.end()) {
+          found = scaleOf.emplace(key + offset, static_cast<int>(scales_.size())).first;
+          scales_.push_back(Scale{StepCutter(std::pow(kScaleRatio, static_cast<double>(key + offset))), {}, -1e300});
+        }
+        Matcher matcher{stored.path, static_cast<int>(paths_.size()), stored.gesture, found->second};
+        matcher.path.stepLength = scales_[static_cast<size_t>(matcher.scale)].cutter.step();
+        scales_[static_cast<size_t>(matcher.scale)].matchers.push_back(static_cast<int>(matchers_.size()));
+        matchers_.push_back(matcher);
+      }
+      paths_.push_back(stored);
+      motions.push_back(std::move(motion));
+    }
+  }
+  columns_.assign(matchers_.size(), WarpingColumn());
+  if (paths_.empty()) return;
+
+  // Fixed seed: the same samples always give the same thresholds.
+  std::mt19937 random(0x5eed);
+  std::vector<std::vector<Motion>> variations(paths_.size());
+  for (size_t i = 0; i < paths_.size(); ++i) {
+    for (int v = 0; v < kVariationsPerSample; ++v) variations[i].push_back(varied(motions[i], random));
+  }
+  std::vector<Motion> splices;
+  const int spliceCount = std::clamp(static_cast<int>(paths_.size()) * 2, kMinSplices, kMaxSplices);
+  std::uniform_int_distribution<size_t> pick(0, paths_.size() - 1);
+  for (int s = 0; s < spliceCount; ++s) splices.push_back(spliced(motions[pick(random)], motions[pick(random)]));
+
+  // Shape distances of every motion to every gesture, each leaving out its own sample's path.
+  const size_t gestureCount = model.gestures.size();
+  std::vector<std::vector<float>> sampleShape(paths_.size()), spliceShape(splices.size());
+  std::vector<std::vector<std::vector<float>>> variationShape(paths_.size());
+  for (size_t i = 0; i < paths_.size(); ++i) {
+    shapeDistances(positionsOf(motions[i]), i, sampleShape[i]);
+    for (const Motion& variation : variations[i]) {
+      variationShape[i].emplace_back();
+      shapeDistances(positionsOf(variation), i, variationShape[i].back());
+    }
+  }
+  for (size_t s = 0; s < splices.size(); ++s) shapeDistances(positionsOf(splices[s]), paths_.size(), spliceShape[s]);
+
+  for (size_t g = 0; g < gestureCount; ++g) {
+    std::vector<size_t> own;
+    for (size_t i = 0; i < paths_.size(); ++i) {
+      if (paths_[i].gesture == static_cast<int>(g)) own.push_back(i);
+    }
+    if (own.empty()) continue;
+    // The best match of a motion by this gesture's paths, leaving out the path of the sample the
+    // motion came from, unless it is the only one.
+    const auto bestOf = [&](const Motion& motion, size_t from) {
+      float best = std::numeric_limits<float>::infinity();
+      for (const Matcher& matcher : matchers_) {
+        if (matcher.gesture != static_cast<int>(g)) continue;
+        if (static_cast<size_t>(matcher.stored) != from || own.size() == 1) {
+          best = std::min(best, bestStretchCost(matcher.path, motion));
+        }
+      }
+      return best;
+    };
+    std::vector<float> accepted, rejected;
+    for (size_t i : own) {
+      if (own.size() > 1) accepted.push_back(bestOf(motions[i], i));
+      for (const Motion& variation : variations[i]) accepted.push_back(bestOf(variation, i));
+    }
+    for (size_t i = 0; i < paths_.size(); ++i) {
+      if (paths_[i].gesture != static_cast<int>(g)) rejected.push_back(bestOf(motions[i], paths_.size()));
+    }
+    for (const Motion& splice : splices) rejected.push_back(bestOf(splice, paths_.size()));
+    thresholds_[g] = chooseThreshold(accepted, rejected);
+
+    accepted.clear();
+    rejected.clear();
+    for (size_t i = 0; i < paths_.size(); ++i) {
+      const bool mine = paths_[i].gesture == static_cast<int>(g);
+      if (!mine) {
+        rejected.push_back(sampleShape[i][g]);
+        continue;
+      }
+      if (own.size() > 1) accepted.push_back(sampleShape[i][g]);
+      for (const std::vector<float>& distances : variationShape[i]) accepted.push_back(distances[g]);
+    }
+    for (const std::vector<float>& distances : spliceShape) rejected.push_back(distances[g]);
+    shapeThresholds_[g] = chooseThreshold(accepted, rejected);
+  }
+}
+
+void ContinuousDetector::shapeDistances(const std::vector<Eigen::Vector3d>& motion, size_t skip,
+                                        std::vector<float>& out) const {
+  out.assign(thresholds_.size(), std::numeric_limits<float>::infinity());
+  StrokeShape query;
+  makePathShape(motion, false, query);
+  PlaceValues bounds[kShapeLanes];
+  WarpingLane lanes[kShapeLanes];
+  int gestures[kShapeLanes];
+  float found[kShapeLanes];
+  for (size_t next = 0; next < paths_.size();) {
+    int count = 0;
+    for (; next < paths_.size() && count < kShapeLanes; ++next) {
+      if (next == skip) continue;
+      const StoredPath& stored = paths_[next];
+      placeBounds(query.path, stored.shape.envelope, bounds[count]);
+      lanes[count] = {&stored.shape.path, &bounds[count], std::numeric_limits<float>::infinity()};
+      gestures[count++] = stored.gesture;
+    }
+    if (count == 0) break;
+    warpPaths(query.path, lanes, count, found);
+    for (int l = 0; l < count; ++l) {
+      float& nearest = out[static_cast<size_t>(gestures[l])];
+      nearest = std::min(nearest, found[l]);
+    }
+  }
+}
+
+float ContinuousDetector::shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture) const {
+  StrokeShape query;
+  makePathShape(motion, false, query);
+  PlaceValues bounds[kShapeLanes];
+  WarpingLane lanes[kShapeLanes];
+  float found[kShapeLanes];
+  float nearest = std::numeric_limits<float>::infinity();
+  for (size_t next = 0; next < paths_.size();) {
+    int count = 0;
+    for (; next < paths_.size() && count < kShapeLanes; ++next) {
+      const StoredPath& stored = paths_[next];
+      if (stored.gesture != gesture) continue;
+      placeBounds(query.path, stored.shape.envelope, bounds[count]);
+      lanes[count] = {&stored.shape.path, &bounds[count], nearest};
+      ++count;
+    }
+    if (count == 0) break;
+    warpPaths(query.path, lanes, count, found);
+    for (int l = 0; l < count; ++l) nearest = std::min(nearest, found[l]);
+  }
+  return nearest;
+}
+
+void ContinuousDetector::restart() {
+  filter_.reset();
+  for (Scale& scale : scales_) {
+    scale.cutter.reset();
+    scale.lastStep = -std::numeric_limits<double>::infinity();
+  }
+  for (WarpingColumn& column : columns_) column.clear();
+  history_.clear();
+  motionStarted_ = false;
+  pending_ = false;
+  candidates_.assign(thresholds_.size(), Candidate());
+  ready_.clear();
+  reportedUntil_ = -std::numeric_limits<double>::infinity();
+}
+
+void ContinuousDetector::addPoint(const Eigen::Vector3d& position, double time) {
+  motionStarted_ = true;
+  const Eigen::Vector3d steady = filter_.add(position, time);
+  history_.push_back({steady, time});
+  // Trimmed in chunks, so that the front is not moved every frame.
+  if (history_.size() > 64 && history_.front().time < time - 2.0 * historySeconds_) {
+    const auto keep = std::lower_bound(history_.begin(), history_.end(), time - historySeconds_,
+                                       [](const TimedPoint& point, double t) { return point.time < t; });
+    history_.erase(history_.begin(), keep);
+  }
+  for (Scale& scale : scales_) {
+    scale.cutter.add(steady, time, [&](const Eigen::Vector3d& direction, double begin, double end) {
+      scale.lastStep = end;
+      for (int index : scale.matchers) {
+        double start = 0.0;
+        const float cost = columns_[static_cast<size_t>(index)].advance(matchers_[static_cast<size_t>(index)].path,
+                                                                       direction, begin, &start);
+        consider(index, cost, start, end);
+      }
+    });
+  }
+}
+
+void ContinuousDetector::consider(int index, float cost, double start, double end) {
+  const Matcher& stored = matchers_[static_cast<size_t>(index)];
+  const double threshold = thresholds_[static_cast<size_t>(stored.gesture)] * thresholdScale;
+  if (!(cost < threshold) || start < reportedUntil_) return;
+  const double duration = end - start;
+  const double expected = stored.path.duration;
+  if (expected > 0.0 && (duration * kSpeedTolerance < expected || duration > expected * kSpeedTolerance)) return;
+  // A match that begins after every candidate has ended: they were a gesture of their own.
+  if (pending_ && start >= clusterEnd_) confirmCandidates();
+  Candidate& candidate = candidates_[static_cast<size_t>(stored.gesture)];
+  const double ratio = cost / threshold;
+  if (candidate.present && ratio >= candidate.ratio) return;
+  candidate = {true, ratio, start, end};
+  clusterEnd_ = pending_ ? std::max(clusterEnd_, end) : end;
+  pending_ = true;
+}
+
+void ContinuousDetector::confirmCandidates() {
+  pending_ = false;
+  thread_local std::vector<Eigen::Vector3d> stretch;
+  Detection best;
+  double bestScore = std::numeric_limits<double>::infinity();
+  for (size_t g = 0; g < candidates_.size(); ++g) {
+    Candidate& candidate = candidates_[g];
+    if (!candidate.present) continue;
+    candidate.present = false;
+    stretch.clear();
+    for (const TimedPoint& point : history_) {
+      if (point.time >= candidate.start && point.time <= candidate.end) stretch.push_back(point.position);
+    }
+    if (stretch.size() < 2) continue;
+    const double shapeRatio = shapeDistance(stretch, static_cast<int>(g)) / (shapeThresholds_[g] * thresholdScale);
+    // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
+    // match holds another's is the one performed (a gesture may contain a shorter one); else the
+    // one that passes best.
+    const double score = std::max(candidate.ratio, shapeRatio);
+    if (!(score < 1.0)) continue;
+    const bool holdsBest = best.gesture >= 0 && candidate.start <= best.start + kConfirmSeconds &&
+                           candidate.end > best.end + kConfirmSeconds;
+    const bool heldByBest = best.gesture >= 0 && best.start <= candidate.start + kConfirmSeconds &&
+                            best.end > candidate.end + kConfirmSeconds;
+    if (heldByBest || (!holdsBest && score >= bestScore)) continue;
+    bestScore = score;
+    best = {static_cast<int>(g), std::clamp(1.0 - 0.5 * score, 0.0, 1.0), candidate.start, candidate.end};
+  }
+  if (best.gesture < 0) return;
+  ready_.push_back(best);
+  reportedUntil_ = best.end;
+  // Nothing that began inside the reported gesture may be reported again.
+  for (WarpingColumn& column : columns_) column.forgetBefore(best.end);
+}
+
+bool ContinuousDetector::longerMatchUnderway(double now) const {
+  double earliest = std::numeric_limits<double>::infinity();
+  for (const Candidate& candidate : candidates_) {
+    if (candidate.present) earliest = std::min(earliest, candidate.start);
+  }
+  for (size_t i = 0; i < matchers_.size(); ++i) {
+    const Matcher& stored = matchers_[i];
+    // A gesture already among the candidates is not the longer one; and a match only goes on
+    // while the motion does.
+    if (candidates_[static_cast<size_t>(stored.gesture)].present) continue;
+    if (now - scales_[static_cast<size_t>(stored.scale)].lastStep > kConfirmSeconds) continue;
+    const WarpingColumn& column = columns_[i];
+    const double threshold = thresholds_[static_cast<size_t>(stored.gesture)] * thresholdScale;
+    for (int j = kStreamSteps / 3; j + 1 < kStreamSteps; ++j) {
+      const double done = static_cast<double>(j + 1) / kStreamSteps;
+      // Begun with the candidates (not long before them), on course so far, and not overdue.
+      if (column.start[j] <= earliest + kConfirmSeconds &&
+          column.start[j] >= earliest - stored.path.duration * done * 2.0 - kConfirmSeconds &&
+          column.cost[j] < threshold * (j + 1) &&
+          now - clusterEnd_ < (1.0 - done) * stored.path.duration * 2.0 + kConfirmSeconds) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+bool ContinuousDetector::poll(double now, Detection& detection) {
+  if (ready_.empty() && pending_ && now - clusterEnd_ >= kConfirmSeconds && !longerMatchUnderway(now)) {
+    confirmCandidates();
+  }
+  if (ready_.empty()) return false;
+  detection = ready_.front();
+  ready_.erase(ready_.begin());
+  return true;
+}
+
+}  // namespace zando
+
+// ---- The recogniser's detection operations ----
+
+#include "features/feature_extraction.h"
+#include "recognition/gesture_recognition.h"
+#include "recognition/stroke_results.h"
+
+namespace zando {
+
+namespace {
+
+// Seconds past which host times would overflow the clock in milliseconds.
+constexpr double kLatestHostSeconds = 9.0e12;
+
+}  // namespace
+
+int GestureRecognition::setHostTime(double seconds) {
+  if (!std::isfinite(seconds)) return ReturnCode_InvalidParameter;
+  hostTimeMs = seconds < 0.0 ? -1 : std::llround(std::min(seconds, kLatestHostSeconds) * 1000.0);
+  return ReturnCode_Success;
+}
+
+int GestureRecognition::setDetectionSensitivity(double sensitivity) {
+  if (!(sensitivity >= 0.0 && sensitivity <= 1.0)) return ReturnCode_InvalidParameter;
+  detectionSensitivity = sensitivity;
+  return ReturnCode_Success;
+}
+
+double GestureRecognition::getDetectionSensitivity() { return detectionSensitivity; }
+
+int GestureRecognition::contdDetect(const double headPosition[3], const double headRotation[4], int* gesture,
+                                    double* confidence) {
+  if (gesture == nullptr || confidence == nullptr) {
+    if (!strokeStarted) return ReturnCode_NoStrokeStarted;
+    if (isTraining()) return ReturnCode_TrainingInProgress;
+    if (isLoading()) return ReturnCode_LoadingInProgress;
+    return ReturnCode_InvalidParameter;
+  }
+  Detection found;
+  const int result = detectPerformed(headPosition, headRotation, found);
+  if (result == 1) {
+    *gesture = found.gesture;
+    *confidence = found.confidence;
+  }
+  return result;
+}
+
+int GestureRecognition::detectPerformed(const double headPosition[3], const double headRotation[4],
+                                        Detection& found) {
+  if (!strokeStarted) return ReturnCode_NoStrokeStarted;
+  if (isTraining()) return ReturnCode_TrainingInProgress;
+  if (isLoading()) return ReturnCode_LoadingInProgress;
+  if (headPosition == nullptr || headRotation == nullptr) return ReturnCode_InvalidParameter;
+  if (!allFinite(headPosition, 3) || !allFinite(headRotation, 4)) return ReturnCode_InvalidParameter;
+  currentStroke.headLatest = StrokePoint(headPosition, headRotation);
+  if (hostTimeMs >= 0) currentStroke.headLatest.timestamp = hostTimeMs;
+  return detectInStroke(found);
+}
+
+int GestureRecognition::contdDetectM(const double headMatrix[4][4], int* gesture, double* confidence) {
+  if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
+  const PoseArrays head(headMatrix);
+  return contdDetect(head.position, head.rotation, gesture, confidence);
+}
+
+int GestureRecognition::detectInStroke(Detection& found) {
+  if (detector == nullptr) detector = std::make_unique<ContinuousDetector>();
+  copyFrameToModel();
+  const ModelParameters& parameters = gestureModel.parameters;
+  if (!detector->prepare(gestureModel, parameters)) return ReturnCode_NoGestures;
+  // Sensitivity 0 halves the learned thresholds, 1 doubles them.
+  detector->thresholdScale = std::exp2((detectionSensitivity - 0.5) * 2.0);
+
+  const std::vector<StrokePoint>& hand = currentStroke.handPoints;
+  const std::vector<StrokePoint>& head = currentStroke.headPoints;
+  if (detectorStroke != strokeSerial) {
+    detectorStroke = strokeSerial;
+    detector->restart();
+    detectorFed = false;
+  }
+  // The points after the last one fed: found from the end, since the stroke may have been cut
+  // at its front since then.
+  size_t first = 0;
+  if (detectorFed) {
+    first = hand.size();
+    while (first > 0 && hand[first - 1].timestamp >= lastDetectedPoint.timestamp) {
+      const StrokePoint& point = hand[first - 1];
+      if (point.timestamp == lastDetectedPoint.timestamp && point.position.x == lastDetectedPoint.position.x &&
+          point.position.y == lastDetectedPoint.position.y && point.position.z == lastDetectedPoint.position.z) {
+        break;
+      }
+      --first;
+    }
+  }
+  for (size_t i = first; i < hand.size(); ++i) {
+    if (!detector->hasMotion()) detectionEpochMs = hand[i].timestamp;
+    const StrokePoint& headPose = head.empty() ? currentStroke.headStart : head[std::min(i, head.size() - 1)];
+    const Eigen::Matrix4d frame = inverseHeadFrame(headPose, parameters);
+    const Eigen::Vector3d position(hand[i].position.x, hand[i].position.y, hand[i].position.z);
+    detector->addPoint(frame.topLeftCorner<3, 3>() * position + frame.topRightCorner<3, 1>(),
+                       static_cast<double>(hand[i].timestamp - detectionEpochMs) / 1000.0);
+  }
+  if (!hand.empty()) {
+    lastDetectedPoint = hand.back();
+    detectorFed = true;
+  }
+
+  const int64_t now = clockNow();
+  // The detector keeps what it needs of the motion: the stroke only has to hold the window that
+  // continuous identification reads, and is cut once it holds twice that.
+  const int keepMs = std::max(contdIdentificationPeriod, 1000);
+  if (!hand.empty() && hand.front().timestamp < now - 2 * static_cast<int64_t>(keepMs)) pruneStroke(-1, keepMs);
+
+  if (!detector->hasMotion() || !detector->poll(static_cast<double>(now - detectionEpochMs) / 1000.0, found)) {
+    return 0;
+  }
+  // Reported on the clock of the stroke's points, in seconds.
+  const double epoch = static_cast<double>(detectionEpochMs) / 1000.0;
+  found.start += epoch;
+  found.end += epoch;
+  return 1;
+}
+
+}  // namespace zando

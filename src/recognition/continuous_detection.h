@@ -1,0 +1,111 @@
+// Detection of performed gestures in a running motion: every stored sample (up to a few a
+// gesture) is matched against the motion step by step, a match that beats its gesture's threshold
+// becomes a candidate, and a candidate is reported once nothing better has come for a moment.
+// The thresholds are learned from the samples themselves: how well a gesture's samples match one
+// another against how well other gestures' samples and motions spliced from them match it.
+#ifndef ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
+#define ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
+
+#include <cstdint>
+#include <vector>
+
+#include "features/model_parameters.h"
+#include "features/shape_matching.h"
+#include "features/stream_matching.h"
+#include "model/gesture_model.h"
+
+namespace zando {
+
+// One performed gesture found in the motion; times in seconds of the detector's clock.
+struct Detection {
+  int gesture = -1;
+  double confidence = 0.0;
+  double start = 0.0;
+  double end = 0.0;
+};
+
+class ContinuousDetector {
+ public:
+  // Learns the stored samples' paths and thresholds again if the samples, their enabled flags or
+  // the head settings changed since the last call. False when no enabled gesture has a usable
+  // sample.
+  bool prepare(const GestureModel& model, const ModelParameters& parameters);
+  // Forgets the motion so far (a new stroke).
+  void restart();
+  // Takes the next point of the motion, in the head's frame, at `time` seconds.
+  void addPoint(const Eigen::Vector3d& position, double time);
+  // The gesture completed by now, if one is confirmed: reported once.
+  bool poll(double now, Detection& detection);
+
+  // Multiplies every threshold: 1 leaves them as learned.
+  double thresholdScale = 1.0;
+  // True once any point went in since the last restart.
+  bool hasMotion() const { return motionStarted_; }
+
+ private:
+  struct StoredPath {
+    DirectionPath path;
+    StrokeShape shape;  // the whole sample's shape, which a found match is checked against
+    int gesture = 0;
+  };
+  // A stored path matched at one step length: its own, and a little smaller and larger, since
+  // other people make a gesture smaller or larger than the samples.
+  struct Matcher {
+    DirectionPath path;  // with the scale's step length
+    int stored = 0;      // index into paths_
+    int gesture = 0;
+    int scale = 0;       // index into scales_
+  };
+  // The motion cut at one step length, shared by the stored paths whose own step is close to it.
+  struct Scale {
+    StepCutter cutter;
+    std::vector<int> matchers;
+    double lastStep = -1e300;  // when the motion last completed a step at this length
+  };
+
+  void learn(const GestureModel& model, const ModelParameters& parameters);
+  // Per gesture, the shape distance of a motion to the nearest of the gesture's samples
+  // (infinity for a gesture without any); `skip` leaves one stored path out.
+  void shapeDistances(const std::vector<Eigen::Vector3d>& motion, size_t skip, std::vector<float>& out) const;
+  // The shape distance of a motion to the nearest sample of one gesture.
+  float shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture) const;
+  void consider(int matcher, float cost, double start, double end);
+  // Picks the gesture of the overlapping candidates whose matched stretch also has the shape of
+  // its samples, reports it and forgets every match that began inside it.
+  void confirmCandidates();
+  // True while some stored path's match, begun with the candidates, is still on course: the
+  // candidates may be the first part of a longer gesture.
+  bool longerMatchUnderway(double now) const;
+
+  std::vector<uintptr_t> fingerprint_;
+  std::vector<StoredPath> paths_;
+  std::vector<Matcher> matchers_;
+  std::vector<Scale> scales_;
+  std::vector<WarpingColumn> columns_;  // one per matcher
+  std::vector<double> thresholds_;  // per gesture; 0 for gestures that are never detected
+  std::vector<double> shapeThresholds_;
+  // The filtered motion, as long back as the slowest match may reach.
+  std::vector<TimedPoint> history_;
+  double historySeconds_ = 0.0;
+
+  MotionFilter filter_;
+  bool motionStarted_ = false;
+  // Overlapping matches not yet reported: the best of each gesture (by its cost against the
+  // threshold), and the latest end among them. Reported as one gesture, or none.
+  struct Candidate {
+    bool present = false;
+    double ratio = 0.0;
+    double start = 0.0;
+    double end = 0.0;
+  };
+  std::vector<Candidate> candidates_;
+  bool pending_ = false;
+  double clusterEnd_ = 0.0;
+  // Where the last report ended: no match that began before it is taken.
+  double reportedUntil_ = -1e300;
+  std::vector<Detection> ready_;  // confirmed, not yet reported; rarely more than one
+};
+
+}  // namespace zando
+
+#endif  // ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
