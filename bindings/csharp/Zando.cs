@@ -10,13 +10,14 @@
 //   matrices are double[16], column-major, with the translation in elements 12 to 14; Euler
 //   angles are radians.
 // - Methods throw ZandoException when the library answers with a negative return code. Methods
-//   called every frame (stroke points, head poses, continuous identification and recording) and
-//   those whose failures are ordinary outcomes (a stroke too short, nothing identified) also have
-//   a Try form that returns the library's int as it is (an index, a count, 0 or a negative code)
-//   and allocates nothing.
+//   called every frame (stroke points, head poses, continuous identification, detection and
+//   recording) and those whose failures are ordinary outcomes (a stroke too short, nothing
+//   identified) also have a Try form that returns the library's int as it is (an index, a count,
+//   0 or a negative code) and allocates nothing.
 // - Training, saving and loading report through the C# events of the object. Handlers run on the
 //   library's worker thread, not the host's main thread; an exception a handler throws cannot
-//   travel into native code, so it is kept in LastCallbackError instead.
+//   travel into native code, so it is kept in LastCallbackError instead. GestureDetected is the
+//   exception: the detection call raises it itself, on the host's thread, before it returns.
 // - Metadata (user data kept with the set, a gesture or a combination, saved in the file) is a
 //   byte[] here. The wrapper owns the native objects behind it and frees them with the object.
 //
@@ -798,6 +799,86 @@ namespace Zando
             set { Check(Native.GestureRecognition_setContdIdentificationSmoothing(Handle, value), "ContdIdentificationSmoothing"); }
         }
 
+        // ---- Continuous detection: one answer per performed gesture (call every frame) ----
+
+        /// <summary>
+        /// A performance of a gesture has completed: the gesture's index and the confidence, from 0
+        /// to 1. Raised by ContdDetect and TryContdDetect on the one frame that detects it, on the
+        /// thread that made the call and before the call returns (not on a worker thread like the
+        /// training and file events); an exception the handler throws reaches that caller.
+        /// </summary>
+        public event Action<int, double> GestureDetected;
+
+        /// <summary>
+        /// From now on the object reads the host's frame time instead of the system clock wherever
+        /// it reads the clock (stroke points, the continuous window, detection): seconds from any
+        /// origin, never decreasing; set it every frame before the frame's points. A negative value
+        /// returns to the system clock.
+        /// </summary>
+        public void SetHostTime(double seconds)
+        {
+            Check(Native.GestureRecognition_setHostTime(Handle, seconds), "SetHostTime");
+        }
+
+        /// <summary>
+        /// Call once a frame, after the frame's hand pose went into a stroke started with gesture -1.
+        /// True on the one frame on which a performance of a gesture completed, with its index and a
+        /// confidence from 0 to 1 (and GestureDetected raised); false on every other frame, with -1
+        /// and 0. Works on a trained set, and in the enhanced mode right after recording.
+        /// </summary>
+        public bool ContdDetect(Vector3 headPosition, Quaternion headRotation, out int gesture, out double confidence)
+        {
+            return Check(TryContdDetect(headPosition, headRotation, out gesture, out confidence), "ContdDetect") == 1;
+        }
+
+        /// <summary>
+        /// The same, returning the library's int: 1 detected, 0 not, or a negative code (for example
+        /// NoStrokeStarted, TrainingInProgress, LoadingInProgress, or NoGestures when no enabled
+        /// gesture has samples). Allocates nothing.
+        /// </summary>
+        public int TryContdDetect(Vector3 headPosition, Quaternion headRotation, out int gesture, out double confidence)
+        {
+            int code = Native.GestureRecognition_contdDetect(Handle, ref headPosition, ref headRotation, out gesture, out confidence);
+            return Detected(code, ref gesture, ref confidence);
+        }
+
+        public bool ContdDetect(double[] headMatrix, out int gesture, out double confidence)
+        {
+            return Check(TryContdDetect(headMatrix, out gesture, out confidence), "ContdDetect") == 1;
+        }
+
+        public int TryContdDetect(double[] headMatrix, out int gesture, out double confidence)
+        {
+            int code = Native.GestureRecognition_contdDetectM(Handle, CheckMatrix(headMatrix), out gesture, out confidence);
+            return Detected(code, ref gesture, ref confidence);
+        }
+
+        /// <summary>
+        /// How willing detection is: 0 the strictest, 1 the most willing; the default 0.5 is the
+        /// measured setting. It shifts the thresholds learned from the samples and is saved in the
+        /// file when not the default. A value outside 0 to 1 throws (InvalidParameter).
+        /// </summary>
+        public double DetectionSensitivity
+        {
+            get { return Native.GestureRecognition_getDetectionSensitivity(Handle); }
+            set { Check(Native.GestureRecognition_setDetectionSensitivity(Handle, value), "DetectionSensitivity"); }
+        }
+
+        // Outputs are defined on every frame, whatever the library left in them; a detection is
+        // announced once, from the call that made it.
+        private int Detected(int code, ref int gesture, ref double confidence)
+        {
+            if (code != 1)
+            {
+                gesture = -1;
+                confidence = 0;
+                return code;
+            }
+            Action<int, double> handler = GestureDetected;
+            if (handler != null) handler(gesture, confidence);
+            return code;
+        }
+
         // ---- Gestures and their samples ----
 
         public int NumberOfGestures { get { return Check(Native.GestureRecognition_numberOfGestures(Handle), "NumberOfGestures"); } }
@@ -1371,6 +1452,76 @@ namespace Zando
             Check(Native.GestureCombinations_setContdIdentificationSmoothing(Handle, part, samples), "SetContdIdentificationSmoothing");
         }
 
+        // ---- Continuous detection of combinations (call every frame) ----
+
+        /// <summary>
+        /// A combination has been performed: the combination's index and the confidence, from 0 to
+        /// 1. Raised by ContdDetect and TryContdDetect on the one frame that detects it, on the
+        /// thread that made the call and before the call returns; an exception the handler throws
+        /// reaches that caller.
+        /// </summary>
+        public event Action<int, double> GestureDetected;
+
+        /// <summary>The host's frame time in seconds for every part: see GestureRecognition.SetHostTime.</summary>
+        public void SetHostTime(double seconds)
+        {
+            Check(Native.GestureCombinations_setHostTime(Handle, seconds), "SetHostTime");
+        }
+
+        /// <summary>
+        /// Call once a frame, after every part's hand pose went into strokes started with gesture -1.
+        /// True on the frame on which a combination has been performed (the gesture of each of its
+        /// parts performed together, and none by the parts it marks -1), with its index and a
+        /// confidence from 0 to 1 (and GestureDetected raised); false on every other frame, with -1
+        /// and 0.
+        /// </summary>
+        public bool ContdDetect(Vector3 headPosition, Quaternion headRotation, out int combination, out double confidence)
+        {
+            return Check(TryContdDetect(headPosition, headRotation, out combination, out confidence), "ContdDetect") == 1;
+        }
+
+        /// <summary>
+        /// The same, returning the library's int: 1 detected, 0 not, or a negative code (for example
+        /// NoStrokeStarted when a part has no stroke, or NoGestures without combinations). Allocates nothing.
+        /// </summary>
+        public int TryContdDetect(Vector3 headPosition, Quaternion headRotation, out int combination, out double confidence)
+        {
+            int code = Native.GestureCombinations_contdDetect(Handle, ref headPosition, ref headRotation, out combination,
+                                                              out confidence);
+            return Detected(code, ref combination, ref confidence);
+        }
+
+        public bool ContdDetect(double[] headMatrix, out int combination, out double confidence)
+        {
+            return Check(TryContdDetect(headMatrix, out combination, out confidence), "ContdDetect") == 1;
+        }
+
+        public int TryContdDetect(double[] headMatrix, out int combination, out double confidence)
+        {
+            int code = Native.GestureCombinations_contdDetectM(Handle, CheckMatrix(headMatrix), out combination, out confidence);
+            return Detected(code, ref combination, ref confidence);
+        }
+
+        /// <summary>The detection sensitivity of every part, 0 to 1: see GestureRecognition.DetectionSensitivity.</summary>
+        public double DetectionSensitivity
+        {
+            get { return Native.GestureCombinations_getDetectionSensitivity(Handle); }
+            set { Check(Native.GestureCombinations_setDetectionSensitivity(Handle, value), "DetectionSensitivity"); }
+        }
+
+        private int Detected(int code, ref int combination, ref double confidence)
+        {
+            if (code != 1)
+            {
+                combination = -1;
+                confidence = 0;
+                return code;
+            }
+            Action<int, double> handler = GestureDetected;
+            if (handler != null) handler(combination, confidence);
+            return code;
+        }
+
         // ---- Gestures of the parts ----
 
         public int NumberOfGestures(int part)
@@ -1922,6 +2073,11 @@ namespace Zando
         [DllImport(Library, CallingConvention = Cdecl)] public static extern IntPtr GestureRecognition_getMetadata(IntPtr gro);
         [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureRecognition_setEnhancedRecognition(IntPtr gro, int on);
         [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureRecognition_getEnhancedRecognition(IntPtr gro);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureRecognition_setHostTime(IntPtr gro, double seconds);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureRecognition_contdDetect(IntPtr gro, ref Vector3 headPosition, ref Quaternion headRotation, out int gesture, out double confidence);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureRecognition_contdDetectM(IntPtr gro, double[] headMatrix, out int gesture, out double confidence);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureRecognition_setDetectionSensitivity(IntPtr gro, double sensitivity);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern double GestureRecognition_getDetectionSensitivity(IntPtr gro);
         [DllImport(Library, CallingConvention = Cdecl)] public static extern IntPtr GestureRecognition_createDefaultMetadata();
         [DllImport(Library, CallingConvention = Cdecl)] public static extern IntPtr GestureRecognition_defaultMetadataCreatorFunction();
         [DllImport(Library, CallingConvention = Cdecl)] public static extern IntPtr GestureRecognition_getDefaultMetadataCreatorFunction();
@@ -2064,5 +2220,10 @@ namespace Zando
         [DllImport(Library, CallingConvention = Cdecl)] public static extern IntPtr GestureCombinations_getMetadata(IntPtr gco);
         [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureCombinations_setEnhancedRecognition(IntPtr gco, int on);
         [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureCombinations_getEnhancedRecognition(IntPtr gco);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureCombinations_setHostTime(IntPtr gco, double seconds);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureCombinations_contdDetect(IntPtr gco, ref Vector3 headPosition, ref Quaternion headRotation, out int combination, out double confidence);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureCombinations_contdDetectM(IntPtr gco, double[] headMatrix, out int combination, out double confidence);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern int GestureCombinations_setDetectionSensitivity(IntPtr gco, double sensitivity);
+        [DllImport(Library, CallingConvention = Cdecl)] public static extern double GestureCombinations_getDetectionSensitivity(IntPtr gco);
     }
 }

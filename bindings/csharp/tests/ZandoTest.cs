@@ -1,6 +1,7 @@
 // The C# binding against the real library, as an engine script would use it: recording, training
 // with progress events, files (blocking and in the background), identification of finished and
-// running strokes, a two-handed combination, and the mapping of return codes to exceptions.
+// running strokes, a two-handed combination, continuous detection in a frame loop on the host's
+// clock, and the mapping of return codes to exceptions.
 // Arguments: the C header and the wrapper's source, for the check that every flat function is
 // declared with its parameters and reached by the wrapper.
 using System;
@@ -223,6 +224,97 @@ static class ZandoTest
         File.Delete(file);
     }
 
+    // A host's frame loop at 60 fps on its own clock, in the enhanced mode right after recording:
+    // the hand rests for a second, performs a zigzag and rests again. Detection must answer on one
+    // frame only, with the zigzag, and raise the event once with the same answer.
+    static void ContinuousDetection()
+    {
+        const double frame = 1.0 / 60;
+        double now = 100.0;  // the host's clock, from its own origin
+        int[] recorded = { 0, 2 };  // a circle and a zigzag
+        using (var recogniser = new GestureRecognition())
+        {
+            recogniser.EnhancedRecognition = true;
+            int gesture;
+            double confidence;
+            ExpectCode(-12, () => recogniser.ContdDetect(head, facing, out gesture, out confidence), "detecting without a stroke");
+            Expect(recogniser.TryContdDetect(new double[] { 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 1.7, 0, 1 },
+                                             out gesture, out confidence) == -12 && gesture == -1,
+                   "the matrix form's Try returns the code");
+            Expect(recogniser.DetectionSensitivity == 0.5, "default sensitivity " + recogniser.DetectionSensitivity);
+            ExpectCode(-18, () => recogniser.DetectionSensitivity = 1.5, "a sensitivity above 1");
+
+            // Samples recorded on the same clock, so that they last as long as performances do.
+            for (int k = 0; k < recorded.Length; ++k)
+            {
+                recogniser.CreateGesture(shapes[recorded[k]]);
+                for (int s = 0; s < 5; ++s)
+                {
+                    recogniser.SetHostTime(now);
+                    recogniser.StartStroke(head, facing, k);
+                    Perform(p =>
+                    {
+                        now += frame;
+                        recogniser.SetHostTime(now);
+                        recogniser.ContdStroke(p, facing);
+                    }, recorded[k]);
+                    recogniser.EndStroke();
+                    now += 1.0;
+                }
+            }
+
+            var performance = new List<Vector3>();
+            Perform(performance.Add, recorded[1]);
+            var detected = new List<int>();
+            var raised = new List<KeyValuePair<int, double>>();
+            double lastConfidence = -1;
+            recogniser.GestureDetected += (g, c) => raised.Add(new KeyValuePair<int, double>(g, c));
+            Action<Vector3> playFrame = hand =>
+            {
+                now += frame;
+                recogniser.SetHostTime(now);
+                recogniser.ContdStroke(hand, facing);
+                int code = recogniser.TryContdDetect(head, facing, out gesture, out confidence);
+                Expect(code == 0 || code == 1, "a frame's detection code " + code);
+                if (code != 1) return;
+                detected.Add(gesture);
+                lastConfidence = confidence;
+            };
+            Action<Vector3> rest = at =>
+            {
+                for (int f = 0; f < 60; ++f)
+                {
+                    double tremor = 0.001;
+                    playFrame(new Vector3(at.X + tremor * (2 * random.NextDouble() - 1), at.Y + tremor * (2 * random.NextDouble() - 1),
+                                          at.Z + tremor * (2 * random.NextDouble() - 1)));
+                }
+            };
+            recogniser.SetHostTime(now);
+            recogniser.StartStroke(head, facing);
+            Expect(recogniser.TryContdDetect(new Vector3(double.NaN, 0, 0), facing, out gesture, out confidence) == -18,
+                   "a non-finite head pose is refused");
+            rest(performance[0]);
+            Expect(detected.Count == 0, "nothing detected while the hand rests");
+            performance.ForEach(playFrame);
+            rest(performance[performance.Count - 1]);
+            Expect(detected.Count == 1 && detected[0] == 1, "detected " + string.Join(", ", detected) + ", expected the zigzag once");
+            Expect(lastConfidence > 0 && lastConfidence <= 1, "confidence " + lastConfidence);
+            Expect(raised.Count == 1 && raised[0].Key == 1 && raised[0].Value == lastConfidence, "the event raised once with the answer");
+            recogniser.CancelStroke();
+        }
+
+        using (var hands = new GestureCombinations(2))
+        {
+            hands.CreateGestureCombination("both still");
+            int combination;
+            double confidence;
+            ExpectCode(-12, () => hands.ContdDetect(head, facing, out combination, out confidence), "a combination without strokes");
+            hands.DetectionSensitivity = 0.8;
+            Expect(hands.DetectionSensitivity == 0.8, "sensitivity of the parts");
+            ExpectCode(-18, () => hands.DetectionSensitivity = -0.1, "a sensitivity below 0");
+        }
+    }
+
     static void ErrorsAndLifetime()
     {
         var recogniser = new GestureRecognition();
@@ -319,6 +411,7 @@ static class ZandoTest
         {
             { "recogniser end to end", RecogniserEndToEnd },
             { "two-handed combination", TwoHandedCombination },
+            { "continuous detection", ContinuousDetection },
             { "errors and lifetime", ErrorsAndLifetime },
             { "flat face covered", () => FlatFaceCovered(args[0], args[1]) },
         };
