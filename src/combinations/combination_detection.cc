@@ -17,7 +17,9 @@ constexpr double kTogetherSeconds = 0.5;
 // A combination that a part's later report could still change (one with an idle part, or one
 // whose gestures are also part of a larger combination) waits this long after its last report.
 constexpr double kSettleSeconds = 0.3;
-// Reports older than this take part in nothing.
+// A report is part of a combination only this soon after it came; afterwards it only keeps
+// combinations that want its part idle from being reported, until it is forgotten.
+constexpr double kPairSeconds = 1.0;
 constexpr double kForgetSeconds = 3.0;
 
 bool overlap(const Detection& a, const Detection& b, double slack) {
@@ -114,7 +116,7 @@ int GestureCombinations::completedCombination(double now, double& confidence) {
       // The part's latest unused report of that gesture.
       PartEvent* match = nullptr;
       for (PartEvent& event : partEvents[static_cast<size_t>(p)]) {
-        if (!event.used && event.detection.gesture == gesture) match = &event;
+        if (!event.used && event.detection.gesture == gesture && now - event.reported <= kPairSeconds) match = &event;
       }
       if (match == nullptr) complete = false;
       chosen[static_cast<size_t>(p)] = match;

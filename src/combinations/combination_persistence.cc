@@ -274,6 +274,11 @@ int GestureCombinations::saveToFile(const char* path) {
   if (getEnhancedRecognition() == 1 && !appendArchiveMember(path, kEnhancedMember, kEnhancedContent)) {
     return ReturnCode_StreamError;
   }
+  const double sensitivity = getDetectionSensitivity();
+  if (sensitivity != kDefaultDetectionSensitivity &&
+      !appendArchiveMember(path, kDetectionMember, detectionMemberText(sensitivity))) {
+    return ReturnCode_StreamError;
+  }
   markJobFinished(savingState);
   return ReturnCode_Success;
 }
@@ -360,6 +365,9 @@ int GestureCombinations::loadArchive(const ArchiveSource& source, MetadataCreato
     }
     TextStream mode;
     setPartsEnhanced(source.extract(kEnhancedMember, mode) && enhancedMemberSaysOn(mode.text));
+    TextStream detection;
+    setPartsSensitivity(source.extract(kDetectionMember, detection) ? detectionSensitivityFrom(detection.text)
+                                                                    : kDefaultDetectionSensitivity);
     return ReturnCode_Success;
   }
   // The single-stream layouts carry no mode: they load with it off.
@@ -376,12 +384,21 @@ int GestureCombinations::loadArchive(const ArchiveSource& source, MetadataCreato
     std::istream text(&buffer);
     result = loadFromStream(&text, creator);
   }
-  if (result >= 0) setPartsEnhanced(false);
+  if (result >= 0) {
+    setPartsEnhanced(false);
+    setPartsSensitivity(kDefaultDetectionSensitivity);
+  }
   return result;
 }
 
 // Set by a load of the whole object, which owns the parts meanwhile: their own guards are not
 // asked.
+void GestureCombinations::setPartsSensitivity(double sensitivity) {
+  for (int i = 0; i < partCount; ++i) {
+    if (GestureRecognition* part = partAt(i)) part->gestureModel.detectionSensitivity = sensitivity;
+  }
+}
+
 void GestureCombinations::setPartsEnhanced(bool on) {
   for (int i = 0; i < partCount; ++i) {
     if (GestureRecognition* part = partAt(i)) {

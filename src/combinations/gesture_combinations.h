@@ -287,6 +287,7 @@ class GestureCombinations : public IGestureCombinations {
   bool validPart(int index) const { return index >= 0 && index < partCount; }
   // 0, or -15, -17, -8 while a load, a save or training owns the object, tested in that order.
   void setPartsEnhanced(bool on);
+  void setPartsSensitivity(double sensitivity);
   int jobGuards() {
     if (isLoading()) return ReturnCode_LoadingInProgress;
     if (isSaving()) return ReturnCode_SavingInProgress;

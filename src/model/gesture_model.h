@@ -36,6 +36,8 @@ struct GestureModel {
   // The enhanced recognition mode: identify by the shape of every stored sample (shape matching).
   // A background load sets it while the host may read it.
   std::atomic<bool> enhancedRecognition{false};
+  // How willing continuous detection is to report (0 to 1); travels in files when not 0.5.
+  std::atomic<double> detectionSensitivity{0.5};
   ProgressHook saveProgress = nullptr;
   void* saveProgressContext = nullptr;
   ProgressHook loadProgress = nullptr;

@@ -16,6 +16,13 @@ extern const char* const kEnhancedMember;
 extern const char* const kEnhancedContent;
 bool enhancedMemberSaysOn(const std::string& content);
 
+// The member that keeps a detection sensitivity other than the default, its text for a value,
+// and the value a member's text gives (the default for a text that is not one).
+extern const char* const kDetectionMember;
+constexpr double kDefaultDetectionSensitivity = 0.5;
+std::string detectionMemberText(double sensitivity);
+double detectionSensitivityFrom(const std::string& content);
+
 // Creates a new archive at path holding one member, deflated at level 6. False if the archive
 // could not be written; a partly written file is removed again.
 bool writeArchiveMember(const char* path, const char* member, const std::string& content);

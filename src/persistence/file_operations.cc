@@ -1,6 +1,7 @@
 // Saving, loading and importing gesture sets: archives, bare text files, memory buffers and
 // streams, on top of the database text format.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -47,6 +48,26 @@ bool enhancedMemberSaysOn(const std::string& content) {
   return text == "enhanced recognition 1";
 }
 
+const char* const kDetectionMember = "detection.txt";
+
+std::string detectionMemberText(double sensitivity) {
+  char text[64];
+  std::snprintf(text, sizeof(text), "detection sensitivity %.17g\n", sensitivity);
+  return text;
+}
+
+double detectionSensitivityFrom(const std::string& content) {
+  std::string text = content;
+  trimLine(text);
+  const std::string prefix = "detection sensitivity ";
+  if (text.size() > 64 || text.compare(0, prefix.size(), prefix) != 0) return kDefaultDetectionSensitivity;
+  char* end = nullptr;
+  const std::string number = text.substr(prefix.size());
+  const double value = std::strtod(number.c_str(), &end);
+  if (end == number.c_str() || *end != '\0' || !(value >= 0.0 && value <= 1.0)) return kDefaultDetectionSensitivity;
+  return value;
+}
+
 // ---- Saving ----
 
 int GestureRecognition::saveToFile(const char* path) {
@@ -74,6 +95,11 @@ int GestureRecognition::saveToFile(const char* path) {
   }
   if (!writeArchiveMember(path, kDatabaseMember, text)) return ReturnCode_InvalidPath;
   if (gestureModel.enhancedRecognition && !appendArchiveMember(path, kEnhancedMember, kEnhancedContent)) {
+    return ReturnCode_InvalidPath;
+  }
+  const double sensitivity = gestureModel.detectionSensitivity;
+  if (sensitivity != kDefaultDetectionSensitivity &&
+      !appendArchiveMember(path, kDetectionMember, detectionMemberText(sensitivity))) {
     return ReturnCode_InvalidPath;
   }
   return ReturnCode_Success;
@@ -105,6 +131,8 @@ int readFromPath(GestureModel& model, const char* path, IGestureRecognition::Met
     const int result = readGestureDatabase(model, stream, creator, owner);
     if (result >= 0) {
       model.enhancedRecognition = readArchiveMember(path, kEnhancedMember, text) && enhancedMemberSaysOn(text);
+      model.detectionSensitivity = readArchiveMember(path, kDetectionMember, text) ? detectionSensitivityFrom(text)
+                                                                                   : kDefaultDetectionSensitivity;
       prepareShapes(model);
     }
     return result;
@@ -112,7 +140,10 @@ int readFromPath(GestureModel& model, const char* path, IGestureRecognition::Met
   std::ifstream file(path, std::ios::binary);
   if (!file.is_open()) return ReturnCode_InvalidPath;
   const int result = readGestureDatabase(model, file, creator, owner);
-  if (result >= 0) model.enhancedRecognition = false;
+  if (result >= 0) {
+    model.enhancedRecognition = false;
+    model.detectionSensitivity = kDefaultDetectionSensitivity;
+  }
   return result;
 }
 
@@ -127,6 +158,9 @@ int readFromBuffer(GestureModel& model, const char* data, int size,
     if (result >= 0) {
       model.enhancedRecognition =
           readArchiveMemberFromBuffer(data, bytes, kEnhancedMember, text) && enhancedMemberSaysOn(text);
+      model.detectionSensitivity = readArchiveMemberFromBuffer(data, bytes, kDetectionMember, text)
+                                       ? detectionSensitivityFrom(text)
+                                       : kDefaultDetectionSensitivity;
       prepareShapes(model);
     }
     return result;
@@ -134,7 +168,10 @@ int readFromBuffer(GestureModel& model, const char* data, int size,
   MemoryInputBuffer buffer(data, bytes);
   std::istream stream(&buffer);
   const int result = readGestureDatabase(model, stream, creator, owner);
-  if (result >= 0) model.enhancedRecognition = false;
+  if (result >= 0) {
+    model.enhancedRecognition = false;
+    model.detectionSensitivity = kDefaultDetectionSensitivity;
+  }
   return result;
 }
 

@@ -394,9 +394,9 @@ void ContinuousDetector::confirmCandidates() {
   }
   if (best.gesture < 0) return;
   ready_.push_back(best);
-  reportedUntil_ = best.end;
+reportedUntil_ = best.end;
   // Nothing that began inside the reported gesture may be reported again.
-  for (WarpingColumn& column : columns_) column.forgetBefore(best.end);
+for (WarpingColumn& column : columns_) column.forgetBefore(best.end);
 }
 
 bool ContinuousDetector::longerMatchUnderway(double now) const {
@@ -461,11 +461,11 @@ int GestureRecognition::setHostTime(double seconds) {
 
 int GestureRecognition::setDetectionSensitivity(double sensitivity) {
   if (!(sensitivity >= 0.0 && sensitivity <= 1.0)) return ReturnCode_InvalidParameter;
-  detectionSensitivity = sensitivity;
+  gestureModel.detectionSensitivity = sensitivity;
   return ReturnCode_Success;
 }
 
-double GestureRecognition::getDetectionSensitivity() { return detectionSensitivity; }
+double GestureRecognition::getDetectionSensitivity() { return gestureModel.detectionSensitivity; }
 
 int GestureRecognition::contdDetect(const double headPosition[3], const double headRotation[4], int* gesture,
                                     double* confidence) {
@@ -508,7 +508,7 @@ int GestureRecognition::detectInStroke(Detection& found) {
   const ModelParameters& parameters = gestureModel.parameters;
   if (!detector->prepare(gestureModel, parameters)) return ReturnCode_NoGestures;
   // Sensitivity 0 halves the learned thresholds, 1 doubles them.
-  detector->thresholdScale = std::exp2((detectionSensitivity - 0.5) * 2.0);
+  detector->thresholdScale = std::exp2((gestureModel.detectionSensitivity - 0.5) * 2.0);
 
   const std::vector<StrokePoint>& hand = currentStroke.handPoints;
   const std::vector<StrokePoint>& head = currentStroke.headPoints;

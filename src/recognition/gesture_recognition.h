@@ -217,7 +217,6 @@ class GestureRecognition : public IGestureRecognition {
   int64_t detectionEpochMs = 0;
   bool detectorFed = false;
   StrokePoint lastDetectedPoint{Unstamped{}};
-  double detectionSensitivity = 0.5;
 
  private:
   // Appends a deep copy of the current stroke to the samples of recordingGestureId, if that is
