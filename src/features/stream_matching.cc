@@ -120,14 +120,15 @@ float WarpingColumn::advance(const DirectionPath& path, const Eigen::Vector3d& d
   return cost[kStreamSteps - 1] / static_cast<float>(kStreamSteps);
 }
 
-float bestStretchCost(const DirectionPath& path, const std::vector<TimedPoint>& motion) {
+StretchMatch bestStretch(const DirectionPath& path, const std::vector<TimedPoint>& motion) {
   StepCutter cutter(path.stepLength);
   WarpingColumn column;
-  float best = kUnreached;
+  StretchMatch best{kUnreached, 0.0, 0.0};
   for (const TimedPoint& point : motion) {
-    cutter.add(point.position, point.time, [&](const Eigen::Vector3d& direction, double begin, double) {
+    cutter.add(point.position, point.time, [&](const Eigen::Vector3d& direction, double begin, double end) {
       double matchStart = 0.0;
-      best = std::min(best, column.advance(path, direction, begin, &matchStart));
+      const float cost = column.advance(path, direction, begin, &matchStart);
+      if (cost < best.cost) best = {cost, matchStart, end};
     });
   }
   return best;

@@ -101,9 +101,15 @@ struct WarpingColumn {
   float advance(const DirectionPath& path, const Eigen::Vector3d& direction, double stepStart, double* matchStart);
 };
 
-// The cheapest cost of the whole path against any stretch of a finished motion, cut with the
-// path's own step length: what the running matching would have found at its best moment.
-float bestStretchCost(const DirectionPath& path, const std::vector<TimedPoint>& motion);
+// The cheapest match of the whole path against any stretch of a finished motion, cut with the
+// path's own step length: what the running matching would have found at its best moment, and
+// when that stretch began and ended.
+struct StretchMatch {
+  float cost;
+  double start;
+  double end;
+};
+StretchMatch bestStretch(const DirectionPath& path, const std::vector<TimedPoint>& motion);
 
 }  // namespace zando
 

@@ -30,6 +30,8 @@ constexpr double kConfirmSeconds = 0.2;
 constexpr int kVariationsPerSample = 2;
 constexpr int kMinSplices = 12;
 constexpr int kMaxSplices = 80;
+// Samples of each other gesture that a gesture's thresholds must reject.
+constexpr int kRejectedPerGesture = 4;
 // A threshold lies at most this far beyond the worst performance it must accept: motions that
 // are not among the samples (gestures never recorded) are often closer to a gesture than the
 // other recorded gestures are.
@@ -201,92 +203,53 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   std::uniform_int_distribution<size_t> pick(0, paths_.size() - 1);
   for (int s = 0; s < spliceCount; ++s) splices.push_back(spliced(motions[pick(random)], motions[pick(random)]));
 
-  // Shape distances of every motion to every gesture, each leaving out its own sample's path.
+  // Each gesture's thresholds from how its paths match motions that must be accepted (the other
+  // samples of the gesture, and varied copies) and motions that must not (some samples of every
+  // other gesture, and the splices): the cost of the best matching stretch of the motion, and the
+  // shape distance of that stretch, as detection will see them.
   const size_t gestureCount = model.gestures.size();
-  std::vector<std::vector<float>> sampleShape(paths_.size()), spliceShape(splices.size());
-  std::vector<std::vector<std::vector<float>>> variationShape(paths_.size());
-  for (size_t i = 0; i < paths_.size(); ++i) {
-    shapeDistances(positionsOf(motions[i]), i, sampleShape[i]);
-    for (const Motion& variation : variations[i]) {
-      variationShape[i].emplace_back();
-      shapeDistances(positionsOf(variation), i, variationShape[i].back());
-    }
-  }
-  for (size_t s = 0; s < splices.size(); ++s) shapeDistances(positionsOf(splices[s]), paths_.size(), spliceShape[s]);
-
   for (size_t g = 0; g < gestureCount; ++g) {
     std::vector<size_t> own;
     for (size_t i = 0; i < paths_.size(); ++i) {
       if (paths_[i].gesture == static_cast<int>(g)) own.push_back(i);
     }
     if (own.empty()) continue;
-    // The best match of a motion by this gesture's paths, leaving out the path of the sample the
-    // motion came from, unless it is the only one.
-    const auto bestOf = [&](const Motion& motion, size_t from) {
-      float best = std::numeric_limits<float>::infinity();
+    std::vector<float> accepted, rejected, acceptedShape, rejectedShape;
+    // `from`: the stored path the motion came from, left out unless it is the gesture's only one.
+    const auto judge = [&](const Motion& motion, size_t from, bool accept) {
+      const size_t skip = own.size() == 1 ? paths_.size() : from;
+      StretchMatch best{std::numeric_limits<float>::infinity(), 0.0, 0.0};
       for (const Matcher& matcher : matchers_) {
-        if (matcher.gesture != static_cast<int>(g)) continue;
-        if (static_cast<size_t>(matcher.stored) != from || own.size() == 1) {
-          best = std::min(best, bestStretchCost(matcher.path, motion));
-        }
+        if (matcher.gesture != static_cast<int>(g) || static_cast<size_t>(matcher.stored) == skip) continue;
+        const StretchMatch match = bestStretch(matcher.path, motion);
+        if (match.cost < best.cost) best = match;
       }
-      return best;
+      thread_local std::vector<Eigen::Vector3d> stretch;
+      stretch.clear();
+      for (const TimedPoint& point : motion) {
+        if (point.time >= best.start && point.time <= best.end) stretch.push_back(point.position);
+      }
+      const float shape = stretch.size() < 2 ? std::numeric_limits<float>::infinity()
+                                              : shapeDistance(stretch, static_cast<int>(g), skip);
+      (accept ? accepted : rejected).push_back(best.cost);
+      (accept ? acceptedShape : rejectedShape).push_back(shape);
     };
-    std::vector<float> accepted, rejected;
     for (size_t i : own) {
-      if (own.size() > 1) accepted.push_back(bestOf(motions[i], i));
-      for (const Motion& variation : variations[i]) accepted.push_back(bestOf(variation, i));
+      if (own.size() > 1) judge(motions[i], i, true);
+      for (const Motion& variation : variations[i]) judge(variation, i, true);
     }
+    std::vector<int> taken(gestureCount, 0);
     for (size_t i = 0; i < paths_.size(); ++i) {
-      if (paths_[i].gesture != static_cast<int>(g)) rejected.push_back(bestOf(motions[i], paths_.size()));
+      const size_t other = static_cast<size_t>(paths_[i].gesture);
+      if (other != g && taken[other]++ < kRejectedPerGesture) judge(motions[i], paths_.size(), false);
     }
-    for (const Motion& splice : splices) rejected.push_back(bestOf(splice, paths_.size()));
+    for (const Motion& splice : splices) judge(splice, paths_.size(), false);
     thresholds_[g] = chooseThreshold(accepted, rejected);
-
-    accepted.clear();
-    rejected.clear();
-    for (size_t i = 0; i < paths_.size(); ++i) {
-      const bool mine = paths_[i].gesture == static_cast<int>(g);
-      if (!mine) {
-        rejected.push_back(sampleShape[i][g]);
-        continue;
-      }
-      if (own.size() > 1) accepted.push_back(sampleShape[i][g]);
-      for (const std::vector<float>& distances : variationShape[i]) accepted.push_back(distances[g]);
-    }
-    for (const std::vector<float>& distances : spliceShape) rejected.push_back(distances[g]);
-    shapeThresholds_[g] = chooseThreshold(accepted, rejected);
+    shapeThresholds_[g] = chooseThreshold(acceptedShape, rejectedShape);
   }
 }
 
-void ContinuousDetector::shapeDistances(const std::vector<Eigen::Vector3d>& motion, size_t skip,
-                                        std::vector<float>& out) const {
-  out.assign(thresholds_.size(), std::numeric_limits<float>::infinity());
-  StrokeShape query;
-  makePathShape(motion, false, query);
-  PlaceValues bounds[kShapeLanes];
-  WarpingLane lanes[kShapeLanes];
-  int gestures[kShapeLanes];
-  float found[kShapeLanes];
-  for (size_t next = 0; next < paths_.size();) {
-    int count = 0;
-    for (; next < paths_.size() && count < kShapeLanes; ++next) {
-      if (next == skip) continue;
-      const StoredPath& stored = paths_[next];
-      placeBounds(query.path, stored.shape.envelope, bounds[count]);
-      lanes[count] = {&stored.shape.path, &bounds[count], std::numeric_limits<float>::infinity()};
-      gestures[count++] = stored.gesture;
-    }
-    if (count == 0) break;
-    warpPaths(query.path, lanes, count, found);
-    for (int l = 0; l < count; ++l) {
-      float& nearest = out[static_cast<size_t>(gestures[l])];
-      nearest = std::min(nearest, found[l]);
-    }
-  }
-}
-
-float ContinuousDetector::shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture) const {
+float ContinuousDetector::shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture, size_t skip) const {
   StrokeShape query;
   makePathShape(motion, false, query);
   PlaceValues bounds[kShapeLanes];
@@ -297,7 +260,7 @@ float ContinuousDetector::shapeDistance(const std::vector<Eigen::Vector3d>& moti
     int count = 0;
     for (; next < paths_.size() && count < kShapeLanes; ++next) {
       const StoredPath& stored = paths_[next];
-      if (stored.gesture != gesture) continue;
+      if (stored.gesture != gesture || next == skip) continue;
       placeBounds(query.path, stored.shape.envelope, bounds[count]);
       lanes[count] = {&stored.shape.path, &bounds[count], nearest};
       ++count;
@@ -378,7 +341,8 @@ void ContinuousDetector::confirmCandidates() {
       if (point.time >= candidate.start && point.time <= candidate.end) stretch.push_back(point.position);
     }
     if (stretch.size() < 2) continue;
-    const double shapeRatio = shapeDistance(stretch, static_cast<int>(g)) / (shapeThresholds_[g] * thresholdScale);
+    const double shapeRatio =
+        shapeDistance(stretch, static_cast<int>(g), paths_.size()) / (shapeThresholds_[g] * thresholdScale);
     // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
     // match holds another's is the one performed (a gesture may contain a shorter one); else the
     // one that passes best.

@@ -64,11 +64,9 @@ class ContinuousDetector {
   };
 
   void learn(const GestureModel& model, const ModelParameters& parameters);
-  // Per gesture, the shape distance of a motion to the nearest of the gesture's samples
-  // (infinity for a gesture without any); `skip` leaves one stored path out.
-  void shapeDistances(const std::vector<Eigen::Vector3d>& motion, size_t skip, std::vector<float>& out) const;
-  // The shape distance of a motion to the nearest sample of one gesture.
-  float shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture) const;
+  // The shape distance of a motion to the nearest sample of one gesture, leaving out the stored
+  // path `skip`.
+  float shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture, size_t skip) const;
   void consider(int matcher, float cost, double start, double end);
   // Picks the gesture of the overlapping candidates whose matched stretch also has the shape of
   // its samples, reports it and forgets every match that began inside it.
