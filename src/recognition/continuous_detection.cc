@@ -36,6 +36,7 @@ constexpr int kRejectedPerGesture = 4;
 // are not among the samples (gestures never recorded) are often closer to a gesture than the
 // other recorded gestures are.
 constexpr double kThresholdReach = 1.3;
+constexpr double kSingleSampleReach = 2.0;
 
 using Motion = std::vector<TimedPoint>;
 
@@ -95,7 +96,7 @@ Motion spliced(const Motion& first, const Motion& second) {
 
 // The threshold that best separates what must be found from what must not (the largest F1
 // score), placed halfway between the last score it accepts and the next one, within reach.
-double chooseThreshold(std::vector<float> accepted, std::vector<float> rejected) {
+double chooseThreshold(std::vector<float> accepted, std::vector<float> rejected, double reach) {
   if (accepted.empty()) return 0.0;
   std::vector<std::pair<float, bool>> all;
   for (float score : accepted) all.emplace_back(score, true);
@@ -115,9 +116,9 @@ double chooseThreshold(std::vector<float> accepted, std::vector<float> rejected)
   const double last = all[best].first;
   if (!std::isfinite(last)) return 0.0;
   if (best + 1 < all.size() && std::isfinite(all[best + 1].first)) {
-    return std::min(0.5 * (last + all[best + 1].first), last * kThresholdReach);
+    return std::min(0.5 * (last + all[best + 1].first), last * reach);
   }
-  return last * kThresholdReach;
+  return last * reach;
 }
 
 void appendFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out) {
@@ -244,8 +245,11 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       if (other != g && taken[other]++ < kRejectedPerGesture) judge(motions[i], paths_.size(), false);
     }
     for (const Motion& splice : splices) judge(splice, paths_.size(), false);
-    thresholds_[g] = chooseThreshold(accepted, rejected);
-    shapeThresholds_[g] = chooseThreshold(acceptedShape, rejectedShape);
+    // With a single sample, only its varied copies tell how far a performance may stray, and
+    // they stray less than people do.
+    const double reach = own.size() > 1 ? kThresholdReach : kSingleSampleReach;
+    thresholds_[g] = chooseThreshold(accepted, rejected, reach);
+    shapeThresholds_[g] = chooseThreshold(acceptedShape, rejectedShape, reach);
   }
 }
 
@@ -298,12 +302,13 @@ void ContinuousDetector::addPoint(const Eigen::Vector3d& position, double time) 
     history_.erase(history_.begin(), keep);
   }
   for (Scale& scale : scales_) {
-    scale.cutter.add(steady, time, [&](const Eigen::Vector3d& direction, double begin, double end) {
+    scale.cutter.add(steady, time, [&](const Eigen::Vector3d& direction, const Eigen::Vector3d& stepEnd,
+                                       double begin, double end) {
       scale.lastStep = end;
       for (int index : scale.matchers) {
         double start = 0.0;
         const float cost = columns_[static_cast<size_t>(index)].advance(matchers_[static_cast<size_t>(index)].path,
-                                                                       direction, begin, &start);
+                                                                       direction, stepEnd, begin, &start);
         consider(index, cost, start, end);
       }
     });
