@@ -1,10 +1,12 @@
-// The demo's continuous act: one stream of tracked motion, the gestures following one another
-// with pauses and without any start or end marker, identified frame by frame over a sliding
-// window. The stream plays four times faster than life, with the window shortened to match, so
-// that every frame holds the points a real second would.
+// The demo's continuous act: one running motion without any start or end marker, the gestures
+// following one another at their own speeds and sizes, joined by moves of the hand and idle
+// stretches. Every frame the recogniser is asked whether a gesture has just been completed. The
+// motion is replayed on the host's clock, at the tracker's frame times, so it runs as fast as the
+// computing allows and always gives the same reports.
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <random>
 #include <thread>
@@ -20,66 +22,88 @@ namespace {
 constexpr int kGestures = 5;
 constexpr int kSamples = 15;
 constexpr int kPerformances = 12;
-constexpr int kSpeedUp = 4;
-constexpr double kPauseSeconds = 0.7;
-constexpr double kFoundSimilarity = 0.55;
-constexpr size_t kStableFrames = 6;
+constexpr double kFrameSeconds = 1.0 / demo::kFramesPerSecond;
+constexpr double kLateSeconds = 0.5;  // a report may come this long after its gesture ended
 const char* const kNames[kGestures] = {"circle", "swipe right", "zigzag down", "triangle", "push"};
 
-struct Frame {
-  demo::HandPose hand;
-  int performance;  // index of the performed gesture, or -1 during a pause
+struct Performance {
+  int gesture;
+  double start, end;  // seconds from the start of the motion
 };
 
-// The stream: a pause, then gestures in random order, each followed by a pause in which the hand
-// rests where the gesture ended, with a little tremor.
-std::vector<Frame> makeStream(const demo::HeadPose& head, const std::vector<int>& order, std::mt19937& rng) {
+// The motion: an idle stretch, then gestures in random order, each reached by a smooth move from
+// where the hand is and followed by an idle stretch of slow drift and tremor; now and then the
+// hand moves elsewhere and idles again without performing anything.
+std::vector<demo::HandPose> makeMotion(const demo::HeadPose& head, const std::vector<int>& order, std::mt19937& rng,
+                                       std::vector<Performance>& performances) {
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
   std::normal_distribution<double> tremor(0.0, 0.001);
-  std::vector<Frame> stream;
-  const auto rest = [&](demo::HandPose at) {
-    const int frames = static_cast<int>(kPauseSeconds * demo::kFramesPerSecond);
-    for (int f = 0; f < frames; ++f) {
-      Frame frame{at, -1};
-      for (double& c : frame.hand.position) c += tremor(rng);
-      stream.push_back(frame);
+  std::vector<demo::HandPose> motion;
+  demo::HandPose at{{head.position[0] + 0.1, head.position[1] - 0.35, head.position[2] + 0.3}, {0.0, 0.0, 0.0, 1.0}};
+  const auto idle = [&](double seconds) {
+    const double drift[3] = {0.008 * (unit(rng) - 0.5), 0.008 * (unit(rng) - 0.5), 0.008 * (unit(rng) - 0.5)};
+    const int frames = static_cast<int>(seconds * demo::kFramesPerSecond);
+    for (int f = 1; f <= frames; ++f) {
+      demo::HandPose pose = at;
+      for (int c = 0; c < 3; ++c) pose.position[c] += drift[c] * f / frames + tremor(rng);
+      motion.push_back(pose);
     }
+    for (int c = 0; c < 3; ++c) at.position[c] += drift[c];
   };
-  demo::HandPose start{};
-  start.position[0] = head.position[0] + 0.15;
-  start.position[1] = head.position[1] - 0.2;
-  start.position[2] = head.position[2] + 0.45;
-  start.rotation[3] = 1.0;
-  rest(start);
-  for (size_t k = 0; k < order.size(); ++k) {
-    const std::vector<demo::HandPose> path = demo::handPath(order[k], head, rng, false);
-    for (const demo::HandPose& pose : path) stream.push_back(Frame{pose, static_cast<int>(k)});
-    rest(path.back());
+  const auto move = [&](const double (&to)[3], double seconds) {
+    const int frames = static_cast<int>(seconds * demo::kFramesPerSecond);
+    for (int f = 1; f <= frames; ++f) {
+      const double s = static_cast<double>(f) / frames, eased = s * s * s * (10.0 - 15.0 * s + 6.0 * s * s);
+      demo::HandPose pose = at;
+      for (int c = 0; c < 3; ++c) pose.position[c] += (to[c] - at.position[c]) * eased;
+      pose.position[1] += 0.03 * std::sin(demo::kPi * eased);
+      motion.push_back(pose);
+    }
+    std::copy(to, to + 3, at.position);
+  };
+  idle(1.5);
+  for (int gesture : order) {
+    const std::vector<demo::HandPose> path = demo::handPath(gesture, head, rng, false);
+    move(path.front().position, 0.4 + 0.4 * unit(rng));
+    performances.push_back({gesture, static_cast<double>(motion.size()) * kFrameSeconds, 0.0});
+    motion.insert(motion.end(), path.begin(), path.end());
+    performances.back().end = static_cast<double>(motion.size() - 1) * kFrameSeconds;
+    at = path.back();
+    idle(0.5 + 1.5 * unit(rng));
+    if (unit(rng) < 0.3) {
+      const double elsewhere[3] = {head.position[0] + 0.3 * (unit(rng) - 0.5), head.position[1] - 0.3 - 0.2 * unit(rng),
+                                   head.position[2] + 0.3 + 0.2 * unit(rng)};
+      move(elsewhere, 0.6 + 0.4 * unit(rng));
+      idle(1.0);
+    }
   }
-  return stream;
+  return motion;
 }
-
 
 }  // namespace
 
 void runContinuousDemo(int trainingSeconds) {
-  std::printf("\n10. Continuous identification: no start, no end, one stream of motion\n");
+  std::printf("\n10. Continuous detection: no start, no end, one running motion\n");
   void* gro = GestureRecognition_create();
   std::mt19937 rng(31);
-  // Samples are read the way windows of a running motion are read.
+  // The host's clock, a frame at a time: the samples' durations are the frames' times.
+  double clock = 0.0;
   for (int g = 0; g < kGestures; ++g) {
     GestureRecognition_createGesture(gro, kNames[g], nullptr);
     for (int s = 0; s < kSamples; ++s) {
       const demo::HeadPose head = demo::randomHead(rng);
+      GestureRecognition_setHostTime(gro, clock);
       GestureRecognition_startStroke(gro, head.position, head.rotation, g);
       for (const demo::HandPose& pose : demo::handPath(g, head, rng, false)) {
+        GestureRecognition_setHostTime(gro, clock += kFrameSeconds);
         GestureRecognition_updateHeadPositionQ(gro, head.position, head.rotation);
         GestureRecognition_contdStrokeQ(gro, pose.position, pose.rotation);
       }
       GestureRecognition_endStroke(gro, nullptr, nullptr, nullptr, nullptr, nullptr);
-      GestureRecognition_setGestureSampleType(gro, g, s, SampleType_Continuous);
+      clock += 1.0;
     }
   }
-  std::printf("  %d gestures x %d samples recorded as continuous samples; training %d s\n", kGestures, kSamples,
+  std::printf("  %d gestures x %d samples recorded at the host's frame times; training %d s\n", kGestures, kSamples,
               trainingSeconds);
   std::atomic<bool> done{false};
   GestureRecognition_setMaxTrainingTime(gro, trainingSeconds);
@@ -94,88 +118,63 @@ void runContinuousDemo(int trainingSeconds) {
   while (!done.load()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
   std::printf("  trained: score %.1f%%\n", 100.0 * GestureRecognition_recognitionScore(gro));
 
+  // Every gesture at least twice, in random order.
   std::vector<int> order;
-  for (int k = 0; k < kPerformances; ++k) order.push_back(static_cast<int>(rng() % kGestures));
+  for (int k = 0; k < kPerformances; ++k) {
+    order.push_back(k < 2 * kGestures ? k % kGestures : static_cast<int>(rng() % kGestures));
+  }
+  std::shuffle(order.begin(), order.end(), rng);
   const demo::HeadPose head = demo::randomHead(rng);
-  const std::vector<Frame> stream = makeStream(head, order, rng);
-  GestureRecognition_setContdIdentificationPeriod(gro, 1000 / kSpeedUp);
-  GestureRecognition_setContdIdentificationSmoothing(gro, 3);
-  std::printf("  streaming %.1f s of motion (%d gestures, %.1f s pauses) at %dx speed, window %d ms\n",
-              static_cast<double>(stream.size()) / demo::kFramesPerSecond, kPerformances, kPauseSeconds, kSpeedUp,
-              1000 / kSpeedUp);
+  std::vector<Performance> performances;
+  const std::vector<demo::HandPose> motion = makeMotion(head, order, rng, performances);
+  std::printf("  replaying %.1f s of motion (%d gestures, moves and idle stretches) on the host's clock\n",
+              static_cast<double>(motion.size()) * kFrameSeconds, kPerformances);
 
-  // What each frame said, on the stream's own time scale.
-  std::vector<int> heard(stream.size(), -1);
-  std::vector<double> similarities(stream.size(), -1.0);
-  const auto frameTime = std::chrono::microseconds(1000000 / demo::kFramesPerSecond / kSpeedUp);
-  auto next = std::chrono::steady_clock::now();
-  GestureRecognition_startStroke(gro, head.position, head.rotation, -1);
+  // Each report is matched as it comes: it is right when it names a gesture being performed, or
+  // one that ended less than kLateSeconds before, that no earlier report found.
+  std::vector<bool> found(performances.size(), false);
+  std::vector<double> delays;
+  int reports = 0;
   double busyMicroseconds = 0.0;
-  for (size_t f = 0; f < stream.size(); ++f) {
-    GestureRecognition_updateHeadPositionQ(gro, head.position, head.rotation);
-    GestureRecognition_contdStrokeQ(gro, stream[f].hand.position, stream[f].hand.rotation);
+  std::printf("  time    detected (confidence)\n");
+  const double origin = clock + 1.0;
+  GestureRecognition_setHostTime(gro, origin);
+  GestureRecognition_startStroke(gro, head.position, head.rotation, -1);
+  for (size_t f = 0; f < motion.size(); ++f) {
+    const double time = static_cast<double>(f) * kFrameSeconds;
+    GestureRecognition_setHostTime(gro, origin + time);
+    GestureRecognition_contdStrokeQ(gro, motion[f].position, motion[f].rotation);
+    int gesture = -1;
+    double confidence = 0.0;
     const auto begin = std::chrono::steady_clock::now();
-    double similarity = -1.0;
-    heard[f] = GestureRecognition_contdIdentify(gro, head.position, head.rotation, &similarity);
+    const int detected = GestureRecognition_contdDetect(gro, head.position, head.rotation, &gesture, &confidence);
     busyMicroseconds += std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - begin).count();
-    similarities[f] = similarity;
-    next += frameTime;
-    std::this_thread::sleep_until(next);
+    if (detected != 1) continue;
+    ++reports;
+    size_t k = 0;
+    while (k < performances.size() && (found[k] || performances[k].gesture != gesture ||
+                                       performances[k].start > time || time >= performances[k].end + kLateSeconds)) {
+      ++k;
+    }
+    std::printf("  %5.2fs  %-12s (%.2f)  ", time, kNames[gesture], confidence);
+    if (k < performances.size()) {
+      found[k] = true;
+      delays.push_back(time - performances[k].end);
+      std::printf("right, %.2f s after its end\n", delays.back());
+    } else {
+      std::printf("false alarm\n");
+    }
   }
   GestureRecognition_cancelStroke(gro);
+  GestureRecognition_setHostTime(gro, -1.0);
 
-  // Events: the same confident answer for a run of frames. Single frames come and go as the
-  // window slides over pauses and the joins between gestures.
-  struct Event {
-    int gesture;
-    size_t first, last;
-    double similarity;
-  };
-  std::vector<Event> events;
-  for (size_t f = 0; f < stream.size();) {
-    const int confident = similarities[f] >= kFoundSimilarity ? heard[f] : -1;
-    size_t end = f;
-    double best = 0.0;
-    while (end < stream.size() && similarities[end] >= kFoundSimilarity && heard[end] == confident) {
-      best = std::max(best, similarities[end]);
-      ++end;
-    }
-    if (confident >= 0 && end - f >= kStableFrames) events.push_back(Event{confident, f, end - 1, best});
-    f = std::max(end, f + 1);
-  }
-  std::printf("  time    performing       recognised (best smoothed similarity)\n");
-  for (const Event& event : events) {
-    const int performing = stream[event.first].performance;
-    std::printf("  %5.2fs  %-15s  %s (%.2f)\n", static_cast<double>(event.first) / demo::kFramesPerSecond,
-                performing >= 0 ? kNames[order[static_cast<size_t>(performing)]] : "(pause)", kNames[event.gesture],
-                event.similarity);
-  }
-  // A performance is found when an event names its gesture from its last third until shortly into
-  // the pause after it.
-  int found = 0;
-  std::vector<bool> matched(events.size(), false);
-  for (size_t k = 0; k < order.size(); ++k) {
-    size_t first = stream.size(), last = 0;
-    for (size_t f = 0; f < stream.size(); ++f) {
-      if (stream[f].performance == static_cast<int>(k)) {
-        first = std::min(first, f);
-        last = f;
-      }
-    }
-    const size_t from = last - (last - first) / 3;
-    const size_t to = last + static_cast<size_t>(0.4 * demo::kFramesPerSecond);
-    bool hit = false;
-    for (size_t e = 0; e < events.size(); ++e) {
-      if (events[e].gesture == order[k] && events[e].last >= from && events[e].first <= to) {
-        hit = true;
-        matched[e] = true;
-      }
-    }
-    found += hit;
-  }
-  const long others = std::count(matched.begin(), matched.end(), false);
-  std::printf("  %d of %d performed gestures found, %ld other confident answers on the way; %.0f us per\n"
-              "  contdIdentify on average\n",
-              found, kPerformances, others, busyMicroseconds / static_cast<double>(stream.size()));
+  const int right = static_cast<int>(delays.size());
+  std::sort(delays.begin(), delays.end());
+  const double median = delays.empty() ? 0.0 : 0.5 * (delays[(delays.size() - 1) / 2] + delays[delays.size() / 2]);
+  std::printf("  precision %d/%d = %.1f%%, recall %d/%d = %.1f%%, %d false alarms; median delay %.2f s from a\n"
+              "  gesture's end to its report; %.0f us per contdDetect on average\n",
+              right, reports, reports > 0 ? 100.0 * right / reports : 0.0, right, kPerformances,
+              100.0 * right / kPerformances, reports - right, median,
+              busyMicroseconds / static_cast<double>(motion.size()));
   GestureRecognition_delete(gro);
 }

@@ -2,7 +2,8 @@
 #ifndef ZANDO_TOOLS_DEMO_CONTINUOUS_H
 #define ZANDO_TOOLS_DEMO_CONTINUOUS_H
 
-// Trains a set on continuous samples and identifies a marker-free stream of gestures and pauses.
+// Trains a set and detects the gestures performed in a marker-free motion of gestures, moves and
+// idle stretches.
 void runContinuousDemo(int trainingSeconds);
 
 #endif  // ZANDO_TOOLS_DEMO_CONTINUOUS_H
