@@ -71,6 +71,7 @@ int GestureCombinations::contdDetect(const double headPosition[3], const double 
   if (combinations.empty()) return ReturnCode_NoGestures;
 
   partEvents.resize(static_cast<size_t>(partCount));
+  shareGestureLength();
   bool anyStroke = false;
   double now = -HUGE_VAL;
   for (int i = 0; i < partCount; ++i) {
@@ -97,6 +98,31 @@ int GestureCombinations::contdDetect(const double headPosition[3], const double 
   return 1;
 }
 
+void GestureCombinations::shareGestureLength() {
+  thread_local std::vector<uintptr_t> fingerprint;
+  bool changed = detectionFingerprints.size() != static_cast<size_t>(partCount);
+  detectionFingerprints.resize(static_cast<size_t>(partCount));
+  for (int i = 0; i < partCount; ++i) {
+    GestureRecognition* part = partAt(i);
+    if (part == nullptr) continue;
+    part->copyFrameToModel();
+    sampleFingerprint(part->gestureModel, part->gestureModel.parameters, fingerprint);
+    if (fingerprint != detectionFingerprints[static_cast<size_t>(i)]) {
+      detectionFingerprints[static_cast<size_t>(i)] = fingerprint;
+      changed = true;
+    }
+  }
+  if (!changed) return;
+  std::vector<double> lengths;
+  for (int i = 0; i < partCount; ++i) {
+    if (GestureRecognition* part = partAt(i)) appendGestureLengths(part->gestureModel, part->gestureModel.parameters, lengths);
+  }
+  const double reference = movingGestureLength(lengths);
+  for (int i = 0; i < partCount; ++i) {
+    if (GestureRecognition* part = partAt(i)) part->detectionReferenceLength = reference;
+  }
+}
+
 int GestureCombinations::completedCombination(double now, double& confidence) {
   int best = -1;
   int bestParts = 0;
@@ -110,7 +136,10 @@ int GestureCombinations::completedCombination(double now, double& confidence) {
     double latest = -HUGE_VAL, begin = HUGE_VAL, end = -HUGE_VAL, sum = 0.0;
     for (int p = 0; p < partCount && complete; ++p) {
       chosen[static_cast<size_t>(p)] = nullptr;
-      const int gesture = p < static_cast<int>(record.partGestures.size()) ? record.partGestures[static_cast<size_t>(p)] : -1;
+      int gesture = p < static_cast<int>(record.partGestures.size()) ? record.partGestures[static_cast<size_t>(p)] : -1;
+      // A gesture made by resting the hand asks for that part to be idle.
+      const GestureRecognition* part = partAt(p);
+      if (part != nullptr && part->gestureIsStill(gesture)) gesture = -1;
       if (gesture < 0) continue;
       ++named;
       // The part's latest unused report of that gesture.

@@ -274,6 +274,10 @@ class GestureCombinations : public IGestureCombinations {
     bool used = false;
   };
   std::vector<std::vector<PartEvent>> partEvents;
+  // What each part's detection learned from when the parts last agreed on what a moving gesture
+  // measures: a hand whose gestures all rest is told by the other hands' gestures.
+  std::vector<std::vector<uintptr_t>> detectionFingerprints;
+  void shareGestureLength();
   // The combination whose parts have been performed together and nothing can change any more, or
   // -1; `found` gets its confidence.
   int completedCombination(double now, double& confidence);

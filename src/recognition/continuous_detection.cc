@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <map>
 #include <random>
@@ -16,6 +17,9 @@ namespace {
 
 // Stored samples a gesture is matched with at most; more cost time every frame and add little.
 constexpr int kMaxPathsPerGesture = 12;
+// A gesture whose samples travel less than this share of the typical gesture's path is made by
+// resting the hand.
+constexpr double kStillFraction = 0.2;
 // Stored paths whose step lengths differ by less than this factor share one cutting of the motion.
 constexpr double kScaleRatio = 1.15;
 // The step lengths, in powers of that factor, at which every stored path is matched.
@@ -40,6 +44,29 @@ constexpr double kSingleSampleReach = 2.0;
 
 using Motion = std::vector<TimedPoint>;
 
+double pathLength(const Motion& motion) {
+  double length = 0.0;
+  for (size_t i = 1; i < motion.size(); ++i) length += (motion[i].position - motion[i - 1].position).norm();
+  return length;
+}
+
+// The length of a gesture's samples: the median of their paths'.
+double typicalLength(const std::vector<Motion>& motions) {
+  std::vector<double> lengths;
+  for (const Motion& motion : motions) lengths.push_back(pathLength(motion));
+  std::nth_element(lengths.begin(), lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2), lengths.end());
+  return lengths.empty() ? 0.0 : lengths[lengths.size() / 2];
+}
+
+// What a set's moving gestures measure: the upper quartile, since many of a hand's gestures may
+// be made by the other hand while this one rests.
+double upperQuartile(std::vector<double> values) {
+  if (values.empty()) return 0.0;
+  const size_t at = values.size() * 3 / 4;
+  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(at), values.end());
+  return values[at];
+}
+
 std::vector<Eigen::Vector3d> positionsOf(const Motion& motion) {
   std::vector<Eigen::Vector3d> positions;
   positions.reserve(motion.size());
@@ -61,6 +88,20 @@ Motion sampleMotion(const Stroke& sample, const ModelParameters& parameters) {
     motion.push_back({filter.add(path[i], time), time});
   }
   return motion;
+}
+
+// The motions of the samples of an enabled gesture, up to kMaxPathsPerGesture of them spread
+// over all its samples; none for a disabled gesture.
+std::vector<Motion> gestureMotions(const Gesture& gesture, const ModelParameters& parameters) {
+  std::vector<Motion> motions;
+  if (!gesture.gestureEnabled) return motions;
+  const size_t count = gesture.gestureSamples.size();
+  const size_t used = std::min<size_t>(count, kMaxPathsPerGesture);
+  for (size_t k = 0; k < used; ++k) {
+    Motion motion = sampleMotion(*gesture.gestureSamples[k * count / used], parameters);
+    if (motion.size() >= 3) motions.push_back(std::move(motion));
+  }
+  return motions;
 }
 
 // A sample performed differently: stretched or squeezed along each axis, turned a little about
@@ -121,7 +162,9 @@ double chooseThreshold(std::vector<float> accepted, std::vector<float> rejected,
   return last * reach;
 }
 
-void appendFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out) {
+}  // namespace
+
+void sampleFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out) {
   out.clear();
   out.push_back(static_cast<uintptr_t>(parameters.updateHeadPositionPolicy));
   out.push_back(static_cast<uintptr_t>(parameters.rotationFrameX));
@@ -138,11 +181,24 @@ void appendFingerprint(const GestureModel& model, const ModelParameters& paramet
   }
 }
 
-}  // namespace
 
-bool ContinuousDetector::prepare(const GestureModel& model, const ModelParameters& parameters) {
+void appendGestureLengths(const GestureModel& model, const ModelParameters& parameters, std::vector<double>& out) {
+  for (const Gesture* gesture : model.gestures) {
+    const std::vector<Motion> motions = gestureMotions(*gesture, parameters);
+    if (!motions.empty()) out.push_back(typicalLength(motions));
+  }
+}
+
+double movingGestureLength(const std::vector<double>& lengths) { return upperQuartile(lengths); }
+
+bool ContinuousDetector::prepare(const GestureModel& model, const ModelParameters& parameters,
+                                 double referenceLength) {
   thread_local std::vector<uintptr_t> current;
-  appendFingerprint(model, parameters, current);
+  sampleFingerprint(model, parameters, current);
+  uintptr_t lengthBits = 0;
+  std::memcpy(&lengthBits, &referenceLength, std::min(sizeof(lengthBits), sizeof(referenceLength)));
+  current.push_back(lengthBits);
+  referenceLength_ = referenceLength;
   if (current != fingerprint_) {
     fingerprint_ = current;
     learn(model, parameters);
@@ -158,19 +214,32 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   thresholds_.assign(model.gestures.size(), 0.0);
   shapeThresholds_.assign(model.gestures.size(), 0.0);
   historySeconds_ = 0.0;
+  still_.assign(model.gestures.size(), false);
+  std::vector<std::vector<Motion>> recorded(model.gestures.size());
+  for (size_t g = 0; g < model.gestures.size(); ++g) recorded[g] = gestureMotions(*model.gestures[g], parameters);
+  double reference = referenceLength_;
+  if (!(reference > 0.0)) {
+    std::vector<double> typical;
+    for (const std::vector<Motion>& motions : recorded) {
+      if (!motions.empty()) typical.push_back(typicalLength(motions));
+    }
+    reference = upperQuartile(typical);
+  }
+
   std::vector<Motion> motions;  // one per stored path
   std::map<long, int> scaleOf;
   for (size_t g = 0; g < model.gestures.size(); ++g) {
-    const Gesture& gesture = *model.gestures[g];
-    if (!gesture.gestureEnabled) continue;
-    const size_t count = gesture.gestureSamples.size();
-    const size_t used = std::min<size_t>(count, kMaxPathsPerGesture);
-    for (size_t k = 0; k < used; ++k) {
-      // Spread over all samples when there are more than are used.
-      const Stroke& sample = *gesture.gestureSamples[k * count / used];
-      Motion motion = sampleMotion(sample, parameters);
+    if (recorded[g].empty()) continue;
+    // A gesture whose samples hardly move, against the set's others (a hand that rests while
+    // the other hand or the body performs), is the absence of motion: never detected, and a
+    // combination takes it as that part being idle.
+    if (typicalLength(recorded[g]) < kStillFraction * reference) {
+      still_[g] = true;
+      continue;
+    }
+    for (Motion& motion : recorded[g]) {
       StoredPath stored;
-      if (motion.size() < 3 || !makeDirectionPath(motion, stored.path)) continue;
+      if (!makeDirectionPath(motion, stored.path)) continue;
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
       makePathShape(positionsOf(motion), true, stored.shape);
@@ -181,7 +250,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
           found = scaleOf.emplace(key + offset, static_cast<int>(scales_.size())).first;
           scales_.push_back(Scale{StepCutter(std::pow(kScaleRatio, static_cast<double>(key + offset))), {}, -1e300});
         }
-        Matcher matcher{stored.path, static_cast<int>(paths_.size()), stored.gesture, found->second};
+        Matcher matcher{stored.path, static_cast<int>(paths_.size()), stored.gesture, found->second, offset};
         matcher.path.stepLength = scales_[static_cast<size_t>(matcher.scale)].cutter.step();
         scales_[static_cast<size_t>(matcher.scale)].matchers.push_back(static_cast<int>(matchers_.size()));
         matchers_.push_back(matcher);
@@ -219,9 +288,21 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
     // `from`: the stored path the motion came from, left out unless it is the gesture's only one.
     const auto judge = [&](const Motion& motion, size_t from, bool accept) {
       const size_t skip = own.size() == 1 ? paths_.size() : from;
+      // The sample that matches best at its own length, then that sample at the other lengths:
+      // nearly always the best of all, for a third of the work.
       StretchMatch best{std::numeric_limits<float>::infinity(), 0.0, 0.0};
+      int bestStored = -1;
       for (const Matcher& matcher : matchers_) {
         if (matcher.gesture != static_cast<int>(g) || static_cast<size_t>(matcher.stored) == skip) continue;
+        if (matcher.offset != 0) continue;
+        const StretchMatch match = bestStretch(matcher.path, motion);
+        if (match.cost < best.cost) {
+          best = match;
+          bestStored = matcher.stored;
+        }
+      }
+      for (const Matcher& matcher : matchers_) {
+        if (matcher.stored != bestStored || matcher.offset == 0) continue;
         const StretchMatch match = bestStretch(matcher.path, motion);
         if (match.cost < best.cost) best = match;
       }
@@ -465,6 +546,8 @@ int GestureRecognition::detectPerformed(const double headPosition[3], const doub
   return detectInStroke(found);
 }
 
+bool GestureRecognition::gestureIsStill(int gesture) const { return detector != nullptr && detector->isStill(gesture); }
+
 int GestureRecognition::contdDetectM(const double headMatrix[4][4], int* gesture, double* confidence) {
   if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
   const PoseArrays head(headMatrix);
@@ -475,7 +558,7 @@ int GestureRecognition::detectInStroke(Detection& found) {
   if (detector == nullptr) detector = std::make_unique<ContinuousDetector>();
   copyFrameToModel();
   const ModelParameters& parameters = gestureModel.parameters;
-  if (!detector->prepare(gestureModel, parameters)) return ReturnCode_NoGestures;
+  if (!detector->prepare(gestureModel, parameters, detectionReferenceLength)) return ReturnCode_NoGestures;
   // Sensitivity 0 halves the learned thresholds, 1 doubles them.
   detector->thresholdScale = std::exp2((gestureModel.detectionSensitivity - 0.5) * 2.0);
 

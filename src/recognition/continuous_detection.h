@@ -24,18 +24,33 @@ struct Detection {
   double end = 0.0;
 };
 
+// Appends the typical path length of each enabled gesture with samples, and gives what the
+// moving gestures among such lengths measure: a reference for several sets (one per hand) alike.
+// What the detector learns from, in a few numbers: equal numbers, equal samples and settings.
+void sampleFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out);
+
+void appendGestureLengths(const GestureModel& model, const ModelParameters& parameters, std::vector<double>& out);
+double movingGestureLength(const std::vector<double>& lengths);
+
 class ContinuousDetector {
  public:
   // Learns the stored samples' paths and thresholds again if the samples, their enabled flags or
   // the head settings changed since the last call. False when no enabled gesture has a usable
   // sample.
-  bool prepare(const GestureModel& model, const ModelParameters& parameters);
+  // `referenceLength`: what the moving gestures of the set measure, against which a gesture is
+  // told to be made without moving; 0 to take it from this set's own samples.
+  bool prepare(const GestureModel& model, const ModelParameters& parameters, double referenceLength = 0.0);
   // Forgets the motion so far (a new stroke).
   void restart();
   // Takes the next point of the motion, in the head's frame, at `time` seconds.
   void addPoint(const Eigen::Vector3d& position, double time);
   // The gesture completed by now, if one is confirmed: reported once.
   bool poll(double now, Detection& detection);
+
+  // True for a gesture whose samples hardly move: it is never detected.
+  bool isStill(int gesture) const {
+    return gesture >= 0 && static_cast<size_t>(gesture) < still_.size() && still_[static_cast<size_t>(gesture)];
+  }
 
   // Multiplies every threshold: 1 leaves them as learned.
   double thresholdScale = 1.0;
@@ -55,6 +70,7 @@ class ContinuousDetector {
     int stored = 0;      // index into paths_
     int gesture = 0;
     int scale = 0;       // index into scales_
+    int offset = 0;      // of the scale from the stored path's own, in powers of the scale ratio
   };
   // The motion cut at one step length, shared by the stored paths whose own step is close to it.
   struct Scale {
@@ -82,6 +98,8 @@ class ContinuousDetector {
   std::vector<WarpingColumn> columns_;  // one per matcher
   std::vector<double> thresholds_;  // per gesture; 0 for gestures that are never detected
   std::vector<double> shapeThresholds_;
+  std::vector<bool> still_;
+  double referenceLength_ = 0.0;
   // The filtered motion, as long back as the slowest match may reach.
   std::vector<TimedPoint> history_;
   double historySeconds_ = 0.0;

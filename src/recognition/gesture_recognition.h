@@ -177,6 +177,8 @@ class GestureRecognition : public IGestureRecognition {
   void waitForWorkers();
   // contdDetect with the whole detection (times in seconds of the stroke's clock): 1, 0 or a code.
   int detectPerformed(const double headPosition[3], const double headRotation[4], Detection& found);
+  // True for a gesture that detection takes as the hand resting (its samples hardly move).
+  bool gestureIsStill(int gesture) const;
   // "Now" in milliseconds: the host's time once it has given one, else the system clock.
   int64_t clockNow() const { return hostTimeMs >= 0 ? hostTimeMs.load() : nowMilliseconds(); }
 
@@ -217,6 +219,9 @@ class GestureRecognition : public IGestureRecognition {
   int64_t detectionEpochMs = 0;
   bool detectorFed = false;
   StrokePoint lastDetectedPoint{Unstamped{}};
+  // What the moving gestures measure, when other sets (the other hands of a combination) decide
+  // it too; 0: this set's own.
+  double detectionReferenceLength = 0.0;
 
  private:
   // Appends a deep copy of the current stroke to the samples of recordingGestureId, if that is

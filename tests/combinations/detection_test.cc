@@ -16,8 +16,8 @@ using testing_support::MotionBuilder;
 
 constexpr int kCircle = 0, kZigzag = 2, kV = 3;
 
-// Part 0 knows a circle and a "V", part 1 a zigzag and a "V"; combinations: the circle alone, the
-// zigzag alone, and both at once.
+// Part 0 knows a circle and a "V", part 1 a zigzag, a "V" and resting; combinations: the circle
+// while the other hand rests, the zigzag alone, and both at once.
 Combinations makeTwoHanded() {
   Combinations c = makeCombinations(2);
   const int shapes[2][2] = {{kCircle, kV}, {kZigzag, kV}};
@@ -31,7 +31,21 @@ Combinations makeTwoHanded() {
       }
     }
   }
-  const int records[3][2] = {{0, -1}, {-1, 0}, {0, 0}};
+  // A hand that rests while the other performs may also be recorded as a gesture of its own.
+  const int rest = c->createGesture(1, "rest", nullptr);
+  for (int k = 0; k < 3; ++k) {
+    MotionBuilder still(static_cast<unsigned>(40 + k));
+    still.idle(1.2);
+    GestureRecognition& part = *c->parts[1];
+    part.setHostTime(80.0 + 3 * k);
+    part.startStroke(kHead, kFacing, rest);
+    for (size_t i = 0; i < still.points.size(); ++i) {
+      part.setHostTime(80.0 + 3 * k + static_cast<double>(i) / kFrameRate);
+      part.contdStrokeQ(still.points[i].data(), kFacing);
+    }
+    testing_support::endStroke(part);
+  }
+  const int records[3][2] = {{0, rest}, {-1, 0}, {0, 0}};
   for (const auto& record : records) {
     const int index = c->createGestureCombination("combination");
     for (int part = 0; part < 2; ++part) c->setCombinationPartGesture(index, part, record[part]);
