@@ -10,11 +10,9 @@ namespace {
 
 // Time constant of the jitter filter: a tenth of the shortest gestures' duration, long against
 // a tracker's frame-to-frame noise.
-constexpr double kFilterSeconds = 0.04;
+constexpr double kFilterSeconds = 0.07;
 // Extra cost of staying on a direction of the path, or of taking a direction twice.
 constexpr float kStayCost = 0.15f;
-// Weight of the difference in reach against the difference in direction.
-constexpr float kReachWeight = 1.0f;
 constexpr float kUnreached = std::numeric_limits<float>::infinity();
 
 }  // namespace
@@ -63,10 +61,6 @@ bool makeDirectionPath(const std::vector<TimedPoint>& motion, DirectionPath& pat
   }
   for (; placed <= kStreamSteps; ++placed) points[placed] = motion.back().position;
   for (int j = 0; j < kStreamSteps; ++j) {
-    const Eigen::Vector3d reach = (points[j + 1] - points[0]) / length;
-    path.reachX[j] = static_cast<float>(reach.x());
-    path.reachY[j] = static_cast<float>(reach.y());
-    path.reachZ[j] = static_cast<float>(reach.z());
     Eigen::Vector3d direction = points[j + 1] - points[j];
     const double norm = direction.norm();
     // Rounding can leave the last piece empty: it keeps the direction before it.
@@ -85,9 +79,6 @@ bool makeDirectionPath(const std::vector<TimedPoint>& motion, DirectionPath& pat
 void WarpingColumn::clear() {
   std::fill(cost, cost + kStreamSteps, kUnreached);
   std::fill(start, start + kStreamSteps, 0.0);
-  std::fill(fromX, fromX + kStreamSteps, 0.0f);
-  std::fill(fromY, fromY + kStreamSteps, 0.0f);
-  std::fill(fromZ, fromZ + kStreamSteps, 0.0f);
 }
 
 void WarpingColumn::forgetBefore(double time) {
@@ -96,64 +87,34 @@ void WarpingColumn::forgetBefore(double time) {
   }
 }
 
-float WarpingColumn::advance(const DirectionPath& path, const Eigen::Vector3d& direction,
-                             const Eigen::Vector3d& stepEnd, double stepStart, double* matchStart) {
+float WarpingColumn::advance(const DirectionPath& path, const Eigen::Vector3d& direction, double stepStart,
+                             double* matchStart) {
   const float ux = static_cast<float>(direction.x());
   const float uy = static_cast<float>(direction.y());
   const float uz = static_cast<float>(direction.z());
-  const float px = static_cast<float>(stepEnd.x());
-  const float py = static_cast<float>(stepEnd.y());
-  const float pz = static_cast<float>(stepEnd.z());
-  const float step = static_cast<float>(path.stepLength);
-  const float perLength = 1.0f / (step * kStreamSteps);
-  const auto reachCost = [&](int j, float x, float y, float z) {
-    const float dx = (px - x) * perLength - path.reachX[j];
-    const float dy = (py - y) * perLength - path.reachY[j];
-    const float dz = (pz - z) * perLength - path.reachZ[j];
-    return kReachWeight * std::sqrt(dx * dx + dy * dy + dz * dz);
-  };
   // The first direction may begin a match at every step: the open begin.
   float diagonal = cost[0];
   double diagonalStart = start[0];
-  float diagonalX = fromX[0], diagonalY = fromY[0], diagonalZ = fromZ[0];
-  fromX[0] = px - ux * step;
-  fromY[0] = py - uy * step;
-  fromZ[0] = pz - uz * step;
+  cost[0] = 1.0f - (ux * path.x[0] + uy * path.y[0] + uz * path.z[0]);
   start[0] = stepStart;
-  cost[0] = 1.0f - (ux * path.x[0] + uy * path.y[0] + uz * path.z[0]) + reachCost(0, fromX[0], fromY[0], fromZ[0]);
   for (int j = 1; j < kStreamSteps; ++j) {
+    const float here = 1.0f - (ux * path.x[j] + uy * path.y[j] + uz * path.z[j]);
     // From the previous direction with the previous step, from this direction with the previous
     // step (the motion lingers), or from the previous direction with this step (the path does).
     float best = diagonal;
-    int from = -1;
+    double bestStart = diagonalStart;
     if (cost[j] + kStayCost < best) {
       best = cost[j] + kStayCost;
-      from = j;
+      bestStart = start[j];
     }
     if (cost[j - 1] + kStayCost < best) {
       best = cost[j - 1] + kStayCost;
-      from = j - 1;
-    }
-    const double previousStart = start[j];
-    const float previousX = fromX[j], previousY = fromY[j], previousZ = fromZ[j];
-    if (from < 0) {
-      start[j] = diagonalStart;
-      fromX[j] = diagonalX;
-      fromY[j] = diagonalY;
-      fromZ[j] = diagonalZ;
-    } else if (from == j - 1) {
-      start[j] = start[j - 1];
-      fromX[j] = fromX[j - 1];
-      fromY[j] = fromY[j - 1];
-      fromZ[j] = fromZ[j - 1];
+      bestStart = start[j - 1];
     }
     diagonal = cost[j];
-    diagonalStart = previousStart;
-    diagonalX = previousX;
-    diagonalY = previousY;
-    diagonalZ = previousZ;
-    const float here = 1.0f - (ux * path.x[j] + uy * path.y[j] + uz * path.z[j]);
-    cost[j] = best + here + reachCost(j, fromX[j], fromY[j], fromZ[j]);
+    diagonalStart = start[j];
+    cost[j] = best + here;
+    start[j] = bestStart;
   }
   *matchStart = start[kStreamSteps - 1];
   return cost[kStreamSteps - 1] / static_cast<float>(kStreamSteps);
@@ -164,10 +125,9 @@ StretchMatch bestStretch(const DirectionPath& path, const std::vector<TimedPoint
   WarpingColumn column;
   StretchMatch best{kUnreached, 0.0, 0.0};
   for (const TimedPoint& point : motion) {
-    cutter.add(point.position, point.time,
-               [&](const Eigen::Vector3d& direction, const Eigen::Vector3d& stepEnd, double begin, double end) {
+    cutter.add(point.position, point.time, [&](const Eigen::Vector3d& direction, double begin, double end) {
       double matchStart = 0.0;
-      const float cost = column.advance(path, direction, stepEnd, begin, &matchStart);
+      const float cost = column.advance(path, direction, begin, &matchStart);
       if (cost < best.cost) best = {cost, matchStart, end};
     });
   }

@@ -20,10 +20,6 @@ struct DirectionPath {
   float x[kStreamSteps] = {};
   float y[kStreamSteps] = {};
   float z[kStreamSteps] = {};
-  // Where the path is after each step, from its start, in units of its whole length.
-  float reachX[kStreamSteps] = {};
-  float reachY[kStreamSteps] = {};
-  float reachZ[kStreamSteps] = {};
   double stepLength = 0.0;
   double duration = 0.0;
 };
@@ -58,8 +54,7 @@ class StepCutter {
   explicit StepCutter(double step = 1.0) : step_(step) {}
   double step() const { return step_; }
   void reset() { started_ = false; }
-  // Calls onStep(direction, end, startTime, endTime) for every step the point completes, `end`
-  // being where the step ends.
+  // Calls onStep(direction, startTime, endTime) for every step the point completes.
   template <typename F>
   void add(const Eigen::Vector3d& position, double time, F&& onStep) {
     if (!started_) {
@@ -74,7 +69,7 @@ class StepCutter {
       if (!(distance >= step_)) break;
       const Eigen::Vector3d direction = away / distance;
       cut_ += direction * step_;
-      onStep(direction, cut_, cutTime_, time);
+      onStep(direction, cutTime_, time);
       cutTime_ = time;
     }
     // A jump far beyond any motion (a tracker losing the hand) restarts the cutting there.
@@ -91,25 +86,19 @@ class StepCutter {
 
 // The open-begin warping of one stored path against a running motion. Each cell holds the
 // cheapest cost of matching the path's first directions with steps of the motion ending now, and
-// when and where that match began. A step of the motion against a direction costs 1 - cos of
-// their angle, plus how far the motion has got from the match's start against how far the path
-// had (both in units of the path's length, the motion's at the step length it is cut with);
+// when that match began. A step of the motion against a direction costs 1 - cos of their angle;
 // staying on a direction or skipping a step of the motion costs a little more, so that a motion
 // of other proportions than the path pays for them.
 struct WarpingColumn {
   float cost[kStreamSteps];
   double start[kStreamSteps];
-  float fromX[kStreamSteps];
-  float fromY[kStreamSteps];
-  float fromZ[kStreamSteps];
   WarpingColumn() { clear(); }
   void clear();
   // Forgets every match that began before `time`.
   void forgetBefore(double time);
   // Takes one step of the motion. Returns the cost of the whole path ending with this step,
   // divided by the number of directions; *matchStart is when that match began.
-  float advance(const DirectionPath& path, const Eigen::Vector3d& direction, const Eigen::Vector3d& stepEnd,
-                double stepStart, double* matchStart);
+  float advance(const DirectionPath& path, const Eigen::Vector3d& direction, double stepStart, double* matchStart);
 };
 
 // The cheapest match of the whole path against any stretch of a finished motion, cut with the

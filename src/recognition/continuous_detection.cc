@@ -9,6 +9,7 @@
 
 #include <Eigen/Geometry>
 
+#include "features/feature_extraction.h"
 #include "features/shape_matching.h"
 
 namespace zando {
@@ -29,6 +30,11 @@ constexpr double kSpeedTolerance = 5.0;
 // How long a candidate must stay the best before it is reported: the motion has moved on from
 // the gesture's end and no better match of it came.
 constexpr double kConfirmSeconds = 0.2;
+// Time constant of the steadied head pose that the motion is read against.
+constexpr double kHeadSeconds = 0.5;
+// A longer gesture counts as under way while its match so far costs less than this many times
+// its threshold: a looser test than for a whole match, since the end may still make up for it.
+constexpr double kUnderwayReach = 1.6;
 // Synthetic variations of each sample, looser than the sample itself, that the thresholds must
 // accept, and motions spliced from the ends of two samples, which they must reject.
 constexpr int kVariationsPerSample = 2;
@@ -359,6 +365,7 @@ float ContinuousDetector::shapeDistance(const std::vector<Eigen::Vector3d>& moti
 
 void ContinuousDetector::restart() {
   filter_.reset();
+  headStarted_ = false;
   for (Scale& scale : scales_) {
     scale.cutter.reset();
     scale.lastStep = -std::numeric_limits<double>::infinity();
@@ -372,6 +379,33 @@ void ContinuousDetector::restart() {
   reportedUntil_ = -std::numeric_limits<double>::infinity();
 }
 
+void ContinuousDetector::addPose(const StrokePoint& hand, const StrokePoint& head, const ModelParameters& parameters,
+                                 double time) {
+  // The head's pose steadied over a good part of a gesture: a sample is read against the head of
+  // its start, and a head that follows the hand must not bend the motion.
+  const Eigen::Vector3d headPosition(head.position.x, head.position.y, head.position.z);
+  Eigen::Quaterniond headRotation = head.rotation.eigen();
+  if (headRotation.norm() > 0.0) headRotation.normalize();
+  if (!headStarted_) {
+    headStarted_ = true;
+    steadyHeadPosition_ = headPosition;
+    steadyHeadRotation_ = headRotation;
+  } else {
+    const double weight = 1.0 - std::exp(-std::max(0.0, time - headTime_) / kHeadSeconds);
+    steadyHeadPosition_ += weight * (headPosition - steadyHeadPosition_);
+    if (steadyHeadRotation_.dot(headRotation) < 0.0) headRotation.coeffs() = -headRotation.coeffs();
+    steadyHeadRotation_.coeffs() += weight * (headRotation.coeffs() - steadyHeadRotation_.coeffs());
+    if (steadyHeadRotation_.norm() > 0.0) steadyHeadRotation_.normalize();
+  }
+  headTime_ = time;
+  StrokePoint steadyHead(Unstamped{});
+  steadyHead.position = Vector3(steadyHeadPosition_.x(), steadyHeadPosition_.y(), steadyHeadPosition_.z());
+  steadyHead.rotation = Quaternion(steadyHeadRotation_);
+  const Eigen::Matrix4d frame = inverseHeadFrame(steadyHead, parameters);
+  const Eigen::Vector3d position(hand.position.x, hand.position.y, hand.position.z);
+  addPoint(frame.topLeftCorner<3, 3>() * position + frame.topRightCorner<3, 1>(), time);
+}
+
 void ContinuousDetector::addPoint(const Eigen::Vector3d& position, double time) {
   motionStarted_ = true;
   const Eigen::Vector3d steady = filter_.add(position, time);
@@ -383,13 +417,12 @@ void ContinuousDetector::addPoint(const Eigen::Vector3d& position, double time) 
     history_.erase(history_.begin(), keep);
   }
   for (Scale& scale : scales_) {
-    scale.cutter.add(steady, time, [&](const Eigen::Vector3d& direction, const Eigen::Vector3d& stepEnd,
-                                       double begin, double end) {
+    scale.cutter.add(steady, time, [&](const Eigen::Vector3d& direction, double begin, double end) {
       scale.lastStep = end;
       for (int index : scale.matchers) {
         double start = 0.0;
         const float cost = columns_[static_cast<size_t>(index)].advance(matchers_[static_cast<size_t>(index)].path,
-                                                                       direction, stepEnd, begin, &start);
+                                                                       direction, begin, &start);
         consider(index, cost, start, end);
       }
     });
@@ -467,7 +500,7 @@ bool ContinuousDetector::longerMatchUnderway(double now) const {
       // Begun with the candidates (not long before them), on course so far, and not overdue.
       if (column.start[j] <= earliest + kConfirmSeconds &&
           column.start[j] >= earliest - stored.path.duration * done * 2.0 - kConfirmSeconds &&
-          column.cost[j] < threshold * (j + 1) &&
+          column.cost[j] < threshold * kUnderwayReach * (j + 1) &&
           now - clusterEnd_ < (1.0 - done) * stored.path.duration * 2.0 + kConfirmSeconds) {
         return true;
       }
@@ -586,10 +619,7 @@ int GestureRecognition::detectInStroke(Detection& found) {
   for (size_t i = first; i < hand.size(); ++i) {
     if (!detector->hasMotion()) detectionEpochMs = hand[i].timestamp;
     const StrokePoint& headPose = head.empty() ? currentStroke.headStart : head[std::min(i, head.size() - 1)];
-    const Eigen::Matrix4d frame = inverseHeadFrame(headPose, parameters);
-    const Eigen::Vector3d position(hand[i].position.x, hand[i].position.y, hand[i].position.z);
-    detector->addPoint(frame.topLeftCorner<3, 3>() * position + frame.topRightCorner<3, 1>(),
-                       static_cast<double>(hand[i].timestamp - detectionEpochMs) / 1000.0);
+    detector->addPose(hand[i], headPose, parameters, static_cast<double>(hand[i].timestamp - detectionEpochMs) / 1000.0);
   }
   if (!hand.empty()) {
     lastDetectedPoint = hand.back();

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+#include <Eigen/Geometry>
+
 #include "features/model_parameters.h"
 #include "features/shape_matching.h"
 #include "features/stream_matching.h"
@@ -42,6 +44,8 @@ class ContinuousDetector {
   bool prepare(const GestureModel& model, const ModelParameters& parameters, double referenceLength = 0.0);
   // Forgets the motion so far (a new stroke).
   void restart();
+  // Takes the next pose of the hand, with the head's at the time, at `time` seconds.
+  void addPose(const StrokePoint& hand, const StrokePoint& head, const ModelParameters& parameters, double time);
   // Takes the next point of the motion, in the head's frame, at `time` seconds.
   void addPoint(const Eigen::Vector3d& position, double time);
   // The gesture completed by now, if one is confirmed: reported once.
@@ -105,6 +109,10 @@ class ContinuousDetector {
   double historySeconds_ = 0.0;
 
   MotionFilter filter_;
+  bool headStarted_ = false;
+  Eigen::Vector3d steadyHeadPosition_ = Eigen::Vector3d::Zero();
+  Eigen::Quaterniond steadyHeadRotation_ = Eigen::Quaterniond::Identity();
+  double headTime_ = 0.0;
   bool motionStarted_ = false;
   // Overlapping matches not yet reported: the best of each gesture (by its cost against the
   // threshold), and the latest end among them. Reported as one gesture, or none.
