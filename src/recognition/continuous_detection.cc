@@ -24,7 +24,14 @@ constexpr double kStillFraction = 0.2;
 // Stored paths whose step lengths differ by less than this factor share one cutting of the motion.
 constexpr double kScaleRatio = 1.15;
 // The step lengths, in powers of that factor, at which every stored path is matched.
-constexpr int kScaleOffsets[] = {-2, 0, 2};
+// Every stored path is matched as it is, and also a little smaller and larger (in powers of that
+// factor, since other people make a gesture smaller or larger) and turned a little either way
+// about the axis the head looks along (as hands tilt a drawing). The first is the path as it is.
+struct Variant {
+  int scaleOffset;
+  double tilt;  // radians
+};
+constexpr Variant kVariants[] = {{0, 0.0}, {-2, 0.0}, {2, 0.0}, {0, -0.26}, {0, 0.26}};
 // A performance may take this many times more or less time than the sample it matches.
 constexpr double kSpeedTolerance = 5.0;
 // How long a candidate must stay the best before it is reported: the motion has moved on from
@@ -49,6 +56,29 @@ constexpr double kThresholdReach = 1.3;
 constexpr double kSingleSampleReach = 2.0;
 
 using Motion = std::vector<TimedPoint>;
+
+Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitZ()).toRotationMatrix(); }
+
+void tiltPath(DirectionPath& path, double tilt) {
+  if (tilt == 0.0) return;
+  const Eigen::Matrix3d turn = tiltRotation(tilt);
+  for (int j = 0; j < kStreamSteps; ++j) {
+    const Eigen::Vector3d direction = turn * Eigen::Vector3d(path.x[j], path.y[j], path.z[j]);
+    path.x[j] = static_cast<float>(direction.x());
+    path.y[j] = static_cast<float>(direction.y());
+    path.z[j] = static_cast<float>(direction.z());
+  }
+}
+
+// The points of a motion from `start` to `end`, turned back by the tilt its match was made at.
+void stretchOf(const std::vector<TimedPoint>& motion, double start, double end, double tilt,
+               std::vector<Eigen::Vector3d>& out) {
+  out.clear();
+  const Eigen::Matrix3d untilt = tiltRotation(-tilt);
+  for (const TimedPoint& point : motion) {
+    if (point.time >= start && point.time <= end) out.push_back(untilt * point.position);
+  }
+}
 
 double pathLength(const Motion& motion) {
   double length = 0.0;
@@ -250,14 +280,17 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       stored.gesture = static_cast<int>(g);
       makePathShape(positionsOf(motion), true, stored.shape);
       historySeconds_ = std::max(historySeconds_, stored.path.duration * kSpeedTolerance + 1.0);
-      for (int offset : kScaleOffsets) {
-        auto found = scaleOf.find(key + offset);
+      for (const Variant& variant : kVariants) {
+        auto found = scaleOf.find(key + variant.scaleOffset);
         if (found == scaleOf.end()) {
-          found = scaleOf.emplace(key + offset, static_cast<int>(scales_.size())).first;
-          scales_.push_back(Scale{StepCutter(std::pow(kScaleRatio, static_cast<double>(key + offset))), {}, -1e300});
+          found = scaleOf.emplace(key + variant.scaleOffset, static_cast<int>(scales_.size())).first;
+          scales_.push_back(
+              Scale{StepCutter(std::pow(kScaleRatio, static_cast<double>(key + variant.scaleOffset))), {}, -1e300});
         }
-        Matcher matcher{stored.path, static_cast<int>(paths_.size()), stored.gesture, found->second, offset};
+        Matcher matcher{stored.path, static_cast<int>(paths_.size()), stored.gesture, found->second,
+                        &variant == &kVariants[0], variant.tilt};
         matcher.path.stepLength = scales_[static_cast<size_t>(matcher.scale)].cutter.step();
+        tiltPath(matcher.path, variant.tilt);
         scales_[static_cast<size_t>(matcher.scale)].matchers.push_back(static_cast<int>(matchers_.size()));
         matchers_.push_back(matcher);
       }
@@ -298,9 +331,10 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       // nearly always the best of all, for a third of the work.
       StretchMatch best{std::numeric_limits<float>::infinity(), 0.0, 0.0};
       int bestStored = -1;
+      double bestTilt = 0.0;
       for (const Matcher& matcher : matchers_) {
         if (matcher.gesture != static_cast<int>(g) || static_cast<size_t>(matcher.stored) == skip) continue;
-        if (matcher.offset != 0) continue;
+        if (!matcher.primary) continue;
         const StretchMatch match = bestStretch(matcher.path, motion);
         if (match.cost < best.cost) {
           best = match;
@@ -308,15 +342,15 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
         }
       }
       for (const Matcher& matcher : matchers_) {
-        if (matcher.stored != bestStored || matcher.offset == 0) continue;
+        if (matcher.stored != bestStored || matcher.primary) continue;
         const StretchMatch match = bestStretch(matcher.path, motion);
-        if (match.cost < best.cost) best = match;
+        if (match.cost < best.cost) {
+          best = match;
+          bestTilt = matcher.tilt;
+        }
       }
       thread_local std::vector<Eigen::Vector3d> stretch;
-      stretch.clear();
-      for (const TimedPoint& point : motion) {
-        if (point.time >= best.start && point.time <= best.end) stretch.push_back(point.position);
-      }
+      stretchOf(motion, best.start, best.end, bestTilt, stretch);
       const float shape = stretch.size() < 2 ? std::numeric_limits<float>::infinity()
                                               : shapeDistance(stretch, static_cast<int>(g), skip);
       (accept ? accepted : rejected).push_back(best.cost);
@@ -441,7 +475,7 @@ void ContinuousDetector::consider(int index, float cost, double start, double en
   Candidate& candidate = candidates_[static_cast<size_t>(stored.gesture)];
   const double ratio = cost / threshold;
   if (candidate.present && ratio >= candidate.ratio) return;
-  candidate = {true, ratio, start, end};
+  candidate = {true, ratio, start, end, stored.tilt};
   clusterEnd_ = pending_ ? std::max(clusterEnd_, end) : end;
   pending_ = true;
 }
@@ -455,10 +489,7 @@ void ContinuousDetector::confirmCandidates() {
     Candidate& candidate = candidates_[g];
     if (!candidate.present) continue;
     candidate.present = false;
-    stretch.clear();
-    for (const TimedPoint& point : history_) {
-      if (point.time >= candidate.start && point.time <= candidate.end) stretch.push_back(point.position);
-    }
+    stretchOf(history_, candidate.start, candidate.end, candidate.tilt, stretch);
     if (stretch.size() < 2) continue;
     const double shapeRatio =
         shapeDistance(stretch, static_cast<int>(g), paths_.size()) / (shapeThresholds_[g] * thresholdScale);

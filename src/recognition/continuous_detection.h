@@ -67,14 +67,14 @@ class ContinuousDetector {
     StrokeShape shape;  // the whole sample's shape, which a found match is checked against
     int gesture = 0;
   };
-  // A stored path matched at one step length: its own, and a little smaller and larger, since
-  // other people make a gesture smaller or larger than the samples.
+  // A stored path matched at one step length and tilt (see kVariants).
   struct Matcher {
     DirectionPath path;  // with the scale's step length
     int stored = 0;      // index into paths_
     int gesture = 0;
     int scale = 0;       // index into scales_
-    int offset = 0;      // of the scale from the stored path's own, in powers of the scale ratio
+    bool primary = true;  // the stored path as it is, at its own length
+    double tilt = 0.0;    // how far it is turned about the head's forward axis, in radians
   };
   // The motion cut at one step length, shared by the stored paths whose own step is close to it.
   struct Scale {
@@ -121,6 +121,7 @@ class ContinuousDetector {
     double ratio = 0.0;
     double start = 0.0;
     double end = 0.0;
+    double tilt = 0.0;
   };
   std::vector<Candidate> candidates_;
   bool pending_ = false;
