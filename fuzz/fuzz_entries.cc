@@ -49,6 +49,8 @@ void useRecognition(void* gro) {
       GestureRecognition_contdStrokeQ(gro, point, kFacing);
       double similarity = 0.0;
       if (++points % 6 == 0) GestureRecognition_contdIdentify(gro, kHead, kFacing, &similarity);
+      int gesture = -1;
+      GestureRecognition_contdDetect(gro, kHead, kFacing, &gesture, &similarity);
     });
     int count = static_cast<int>(p.size());
     double pos[3], scale, dir0[3], dir1[3], dir2[3];
@@ -66,6 +68,8 @@ void useCombinations(void* gco) {
     for (int part = 0; part < parts; ++part) GestureCombinations_contdStrokeQ(gco, part, point, kFacing);
     double similarity = 0.0;
     GestureCombinations_contdIdentify(gco, kHead, kFacing, &similarity, probabilities.data(), similarities.data());
+    int combination = -1;
+    GestureCombinations_contdDetect(gco, kHead, kFacing, &combination, &similarity);
   });
   for (int part = 0; part < parts; ++part) {
     double pos[3], scale, dir0[3], dir1[3], dir2[3];

@@ -49,6 +49,7 @@ constexpr int kMinSplices = 12;
 constexpr int kMaxSplices = 80;
 // Samples of each other gesture that a gesture's thresholds must reject.
 constexpr int kRejectedPerGesture = 4;
+constexpr size_t kRejectedGestures = 32;
 // A threshold lies at most this far beyond the worst performance it must accept: motions that
 // are not among the samples (gestures never recorded) are often closer to a gesture than the
 // other recorded gestures are.
@@ -118,11 +119,17 @@ Motion sampleMotion(const Stroke& sample, const ModelParameters& parameters) {
   Motion motion;
   motion.reserve(path.size());
   MotionFilter filter;
-  const int64_t first = sample.handPoints.empty() ? 0 : sample.handPoints.front().timestamp;
+  // Times as a loaded file gives them may be anything: taken apart as doubles, and never back.
+  const double first = sample.handPoints.empty() ? 0.0 : static_cast<double>(sample.handPoints.front().timestamp);
+  double latest = 0.0;
   for (size_t i = 0; i < path.size() && i < sample.handPoints.size(); ++i) {
-    const double time = static_cast<double>(sample.handPoints[i].timestamp - first) / 1000.0;
-    motion.push_back({filter.add(path[i], time), time});
+    if (!path[i].allFinite()) continue;
+    const double time = (static_cast<double>(sample.handPoints[i].timestamp) - first) / 1000.0;
+    if (std::isfinite(time)) latest = std::max(latest, time);
+    motion.push_back({filter.add(path[i], latest), latest});
   }
+  // A path out of all proportion (a file's, never a tracker's) is left out whole.
+  if (!std::isfinite(pathLength(motion))) motion.clear();
   return motion;
 }
 
@@ -360,10 +367,13 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       if (own.size() > 1) judge(motions[i], i, true);
       for (const Motion& variation : variations[i]) judge(variation, i, true);
     }
+    // A few samples of each other gesture, spread over a bounded number of gestures in a large set.
     std::vector<int> taken(gestureCount, 0);
+    const size_t stride = std::max<size_t>(1, gestureCount / kRejectedGestures);
     for (size_t i = 0; i < paths_.size(); ++i) {
       const size_t other = static_cast<size_t>(paths_[i].gesture);
-      if (other != g && taken[other]++ < kRejectedPerGesture) judge(motions[i], paths_.size(), false);
+      if (other == g || (other + g) % stride != 0) continue;
+      if (taken[other]++ < kRejectedPerGesture) judge(motions[i], paths_.size(), false);
     }
     for (const Motion& splice : splices) judge(splice, paths_.size(), false);
     // With a single sample, only its varied copies tell how far a performance may stray, and
