@@ -15,7 +15,8 @@ namespace {
 // after the other.
 constexpr double kTogetherSeconds = 0.5;
 // A combination that a part's later report could still change (one with an idle part, or one
-// whose gestures are also part of a larger combination) waits this long after its last report.
+// whose gestures are also part of a larger combination) waits while such a part has a match it
+// has not yet decided on, up to this long after its last report.
 constexpr double kSettleSeconds = 0.3;
 // A report is part of a combination only this soon after it came; afterwards it only keeps
 // combinations that want its part idle from being reported, until it is forgotten.
@@ -174,7 +175,12 @@ int GestureCombinations::completedCombination(double now, double& confidence) {
     if (!complete) continue;
     // Unless every part has its gesture, another part's report may still come and change the
     // answer: the combination waits for it a moment.
-    if (named < partCount && now - latest < kSettleSeconds) return -1;
+    if (named < partCount && now - latest < kSettleSeconds) {
+      for (int p = 0; p < partCount; ++p) {
+        const GestureRecognition* part = partAt(p);
+        if (chosen[static_cast<size_t>(p)] == nullptr && part != nullptr && part->detectionPending()) return -1;
+      }
+    }
     const double mean = sum / named;
     if (named > bestParts || (named == bestParts && mean > bestConfidence)) {
       best = static_cast<int>(c);

@@ -622,6 +622,8 @@ int GestureRecognition::detectPerformed(const double headPosition[3], const doub
 
 bool GestureRecognition::gestureIsStill(int gesture) const { return detector != nullptr && detector->isStill(gesture); }
 
+bool GestureRecognition::detectionPending() const { return detector != nullptr && detector->pending(); }
+
 int GestureRecognition::contdDetectM(const double headMatrix[4][4], int* gesture, double* confidence) {
   if (headMatrix == nullptr) return ReturnCode_InvalidParameter;
   const PoseArrays head(headMatrix);

@@ -58,6 +58,8 @@ class ContinuousDetector {
 
   // Multiplies every threshold: 1 leaves them as learned.
   double thresholdScale = 1.0;
+  // True while overlapping matches wait to be reported or dropped.
+  bool pending() const { return pending_ || !ready_.empty(); }
   // True once any point went in since the last restart.
   bool hasMotion() const { return motionStarted_; }
 

@@ -179,6 +179,8 @@ class GestureRecognition : public IGestureRecognition {
   int detectPerformed(const double headPosition[3], const double headRotation[4], Detection& found);
   // True for a gesture that detection takes as the hand resting (its samples hardly move).
   bool gestureIsStill(int gesture) const;
+  // True while detection holds a match it has not yet reported or dropped.
+  bool detectionPending() const;
   // "Now" in milliseconds: the host's time once it has given one, else the system clock.
   int64_t clockNow() const { return hostTimeMs >= 0 ? hostTimeMs.load() : nowMilliseconds(); }
 
