@@ -23,7 +23,6 @@ constexpr int kMaxPathsPerGesture = 12;
 constexpr double kStillFraction = 0.2;
 // Stored paths whose step lengths differ by less than this factor share one cutting of the motion.
 constexpr double kScaleRatio = 1.15;
-// The step lengths, in powers of that factor, at which every stored path is matched.
 // Every stored path is matched as it is, and also a little smaller and larger (in powers of that
 // factor, since other people make a gesture smaller or larger) and turned a little either way
 // about the axis the head looks along (as hands tilt a drawing). The first is the path as it is.
@@ -34,6 +33,8 @@ struct Variant {
 constexpr Variant kVariants[] = {{0, 0.0}, {-2, 0.0}, {2, 0.0}, {0, -0.26}, {0, 0.26}};
 // A performance may take this many times more or less time than the sample it matches.
 constexpr double kSpeedTolerance = 5.0;
+// The motion kept for the shape check, at most: the slowest match of the longest sample.
+constexpr double kMaxHistorySeconds = 60.0;
 // How long a candidate must stay the best before it is reported: the motion has moved on from
 // the gesture's end and no better match of it came.
 constexpr double kConfirmSeconds = 0.2;
@@ -224,7 +225,6 @@ void sampleFingerprint(const GestureModel& model, const ModelParameters& paramet
   }
 }
 
-
 void appendGestureLengths(const GestureModel& model, const ModelParameters& parameters, std::vector<double>& out) {
   for (const Gesture* gesture : model.gestures) {
     const std::vector<Motion> motions = gestureMotions(*gesture, parameters);
@@ -286,7 +286,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
       makePathShape(positionsOf(motion), true, stored.shape);
-      historySeconds_ = std::max(historySeconds_, stored.path.duration * kSpeedTolerance + 1.0);
+      historySeconds_ = std::clamp(stored.path.duration * kSpeedTolerance + 1.0, historySeconds_, kMaxHistorySeconds);
       for (const Variant& variant : kVariants) {
         auto found = scaleOf.find(key + variant.scaleOffset);
         if (found == scaleOf.end()) {
