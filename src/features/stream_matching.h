@@ -63,7 +63,14 @@ class StepCutter {
       cutTime_ = time;
       return;
     }
-    for (int guard = 0; guard < kMaxStepsPerPoint; ++guard) {
+    // A jump over more than a good part of any gesture is the tracker losing the hand, not
+    // motion: the cutting starts again where the hand is.
+    if ((position - cut_).norm() > step_ * kMaxStepsPerPoint) {
+      cut_ = position;
+      cutTime_ = time;
+      return;
+    }
+    for (;;) {
       const Eigen::Vector3d away = position - cut_;
       const double distance = away.norm();
       if (!(distance >= step_)) break;
@@ -72,12 +79,10 @@ class StepCutter {
       onStep(direction, cutTime_, time);
       cutTime_ = time;
     }
-    // A jump far beyond any motion (a tracker losing the hand) restarts the cutting there.
-    if ((position - cut_).norm() >= step_) cut_ = position;
   }
 
  private:
-  static constexpr int kMaxStepsPerPoint = 64;
+  static constexpr int kMaxStepsPerPoint = 12;
   double step_;
   bool started_ = false;
   Eigen::Vector3d cut_ = Eigen::Vector3d::Zero();

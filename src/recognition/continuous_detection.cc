@@ -35,6 +35,8 @@ constexpr Variant kVariants[] = {{0, 0.0}, {-2, 0.0}, {2, 0.0}, {0, -0.26}, {0, 
 constexpr double kSpeedTolerance = 5.0;
 // The motion kept for the shape check, at most: the slowest match of the longest sample.
 constexpr double kMaxHistorySeconds = 60.0;
+// A move between two frames over this share of the longest sample's path is a jump of the tracker.
+constexpr double kJumpShare = 0.5;
 // How long a candidate must stay the best before it is reported: the motion has moved on from
 // the gesture's end and no better match of it came.
 constexpr double kConfirmSeconds = 0.2;
@@ -257,6 +259,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   thresholds_.assign(model.gestures.size(), 0.0);
   shapeThresholds_.assign(model.gestures.size(), 0.0);
   historySeconds_ = 0.0;
+  longestPath_ = 0.0;
   still_.assign(model.gestures.size(), false);
   std::vector<std::vector<Motion>> recorded(model.gestures.size());
   for (size_t g = 0; g < model.gestures.size(); ++g) recorded[g] = gestureMotions(*model.gestures[g], parameters);
@@ -286,6 +289,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
       makePathShape(positionsOf(motion), true, stored.shape);
+      longestPath_ = std::max(longestPath_, stored.path.stepLength * kStreamSteps);
       historySeconds_ = std::clamp(stored.path.duration * kSpeedTolerance + 1.0, historySeconds_, kMaxHistorySeconds);
       for (const Variant& variant : kVariants) {
         auto found = scaleOf.find(key + variant.scaleOffset);
@@ -451,6 +455,14 @@ void ContinuousDetector::addPose(const StrokePoint& hand, const StrokePoint& hea
 }
 
 void ContinuousDetector::addPoint(const Eigen::Vector3d& position, double time) {
+  // A jump over half the longest sample from one frame to the next is the tracker losing and
+  // finding the hand: no motion goes through it, and no match spans it.
+  if (motionStarted_ && (position - lastPosition_).norm() > kJumpShare * longestPath_) {
+    filter_.reset();
+    for (Scale& scale : scales_) scale.cutter.reset();
+    for (WarpingColumn& column : columns_) column.clear();
+  }
+  lastPosition_ = position;
   motionStarted_ = true;
   const Eigen::Vector3d steady = filter_.add(position, time);
   history_.push_back({steady, time});

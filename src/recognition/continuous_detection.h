@@ -111,6 +111,8 @@ class ContinuousDetector {
   double historySeconds_ = 0.0;
 
   MotionFilter filter_;
+  Eigen::Vector3d lastPosition_ = Eigen::Vector3d::Zero();
+  double longestPath_ = 0.0;
   bool headStarted_ = false;
   Eigen::Vector3d steadyHeadPosition_ = Eigen::Vector3d::Zero();
   Eigen::Quaterniond steadyHeadRotation_ = Eigen::Quaterniond::Identity();
