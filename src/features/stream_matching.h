@@ -11,15 +11,17 @@
 
 namespace zando {
 
-// Directions a stored path is cut into.
-constexpr int kStreamSteps = 20;
+// Directions a stored path is cut into: the fewer, the more it turns.
+constexpr int kMinStreamSteps = 20;
+constexpr int kMaxStreamSteps = 40;
 
-// A stored path: kStreamSteps unit directions of equal arc length, the length of one step in the
+// A stored path: `steps` unit directions of equal arc length, the length of one step in the
 // path's own units and the time the motion took.
 struct DirectionPath {
-  float x[kStreamSteps] = {};
-  float y[kStreamSteps] = {};
-  float z[kStreamSteps] = {};
+  int steps = kMinStreamSteps;
+  float x[kMaxStreamSteps] = {};
+  float y[kMaxStreamSteps] = {};
+  float z[kMaxStreamSteps] = {};
   double stepLength = 0.0;
   double duration = 0.0;
 };
@@ -44,7 +46,7 @@ class MotionFilter {
 };
 
 // The stored path of a motion (filtered as a running motion is): its length cut into
-// kStreamSteps equal pieces. False when the motion has no length.
+// equal pieces, enough to follow its turns. False when the motion has no length.
 bool makeDirectionPath(const std::vector<TimedPoint>& motion, DirectionPath& path);
 
 // Cuts a running motion into steps of one length, measured from the last cut rather than along
@@ -95,8 +97,8 @@ class StepCutter {
 // staying on a direction or skipping a step of the motion costs a little more, so that a motion
 // of other proportions than the path pays for them.
 struct WarpingColumn {
-  float cost[kStreamSteps];
-  double start[kStreamSteps];
+  float cost[kMaxStreamSteps];
+  double start[kMaxStreamSteps];
   WarpingColumn() { clear(); }
   void clear();
   // Forgets every match that began before `time`.

@@ -18,6 +18,8 @@ namespace {
 
 // Stored samples a gesture is matched with at most; more cost time every frame and add little.
 constexpr int kMaxPathsPerGesture = 12;
+// Of those, the samples matched against the running motion, which costs time every frame.
+constexpr size_t kMatchedPerGesture = 6;
 // A gesture whose samples travel less than this share of the typical gesture's path is made by
 // resting the hand.
 constexpr double kStillFraction = 0.2;
@@ -66,7 +68,7 @@ Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen
 void tiltPath(DirectionPath& path, double tilt) {
   if (tilt == 0.0) return;
   const Eigen::Matrix3d turn = tiltRotation(tilt);
-  for (int j = 0; j < kStreamSteps; ++j) {
+  for (int j = 0; j < path.steps; ++j) {
     const Eigen::Vector3d direction = turn * Eigen::Vector3d(path.x[j], path.y[j], path.z[j]);
     path.x[j] = static_cast<float>(direction.x());
     path.y[j] = static_cast<float>(direction.y());
@@ -283,15 +285,20 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       still_[g] = true;
       continue;
     }
-    for (Motion& motion : recorded[g]) {
+    const size_t count = recorded[g].size();
+    for (size_t k = 0; k < count; ++k) {
+      Motion& motion = recorded[g][k];
       StoredPath stored;
       if (!makeDirectionPath(motion, stored.path)) continue;
+      // Every sample is checked as a whole shape; a few, spread over them, are matched running.
+      const bool matched = (k * kMatchedPerGesture) % count < kMatchedPerGesture;
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
       makePathShape(positionsOf(motion), true, stored.shape);
-      longestPath_ = std::max(longestPath_, stored.path.stepLength * kStreamSteps);
+      longestPath_ = std::max(longestPath_, stored.path.stepLength * stored.path.steps);
       historySeconds_ = std::clamp(stored.path.duration * kSpeedTolerance + 1.0, historySeconds_, kMaxHistorySeconds);
       for (const Variant& variant : kVariants) {
+        if (!matched) break;
         auto found = scaleOf.find(key + variant.scaleOffset);
         if (found == scaleOf.end()) {
           found = scaleOf.emplace(key + variant.scaleOffset, static_cast<int>(scales_.size())).first;
@@ -548,8 +555,9 @@ bool ContinuousDetector::longerMatchUnderway(double now) const {
     if (now - scales_[static_cast<size_t>(stored.scale)].lastStep > kConfirmSeconds) continue;
     const WarpingColumn& column = columns_[i];
     const double threshold = thresholds_[static_cast<size_t>(stored.gesture)] * thresholdScale;
-    for (int j = kStreamSteps / 3; j + 1 < kStreamSteps; ++j) {
-      const double done = static_cast<double>(j + 1) / kStreamSteps;
+    const int steps = stored.path.steps;
+    for (int j = steps / 3; j + 1 < steps; ++j) {
+      const double done = static_cast<double>(j + 1) / steps;
       // Begun with the candidates (not long before them), on course so far, and not overdue.
       if (column.start[j] <= earliest + kConfirmSeconds &&
           column.start[j] >= earliest - stored.path.duration * done * 2.0 - kConfirmSeconds &&
