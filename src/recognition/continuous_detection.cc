@@ -194,13 +194,22 @@ double chooseThreshold(std::vector<float> accepted, std::vector<float> rejected,
   const double total = static_cast<double>(accepted.size());
   double truePositives = 0.0, falsePositives = 0.0, bestF1 = -1.0;
   size_t best = 0;
+  bool found = false;
   for (size_t i = 0; i < all.size(); ++i) {
     (all[i].second ? truePositives : falsePositives) += 1.0;
+    // A threshold that lets through more to reject than to accept is never taken: samples of a
+    // gesture made in two ways (a circle drawn either way round) would otherwise open it to all.
+    if (truePositives < falsePositives) continue;
     const double f1 = 2.0 * truePositives / (truePositives + falsePositives + total);
-    if (f1 >= bestF1) {
+    if (f1 > bestF1) {
       bestF1 = f1;
       best = i;
+      found = true;
     }
+  }
+  if (!found) {
+    // Nothing to accept comes closer than what must be rejected: only what comes closer still.
+    return rejected.empty() ? 0.0 : 0.9 * static_cast<double>(*std::min_element(rejected.begin(), rejected.end()));
   }
   const double last = all[best].first;
   if (!std::isfinite(last)) return 0.0;
