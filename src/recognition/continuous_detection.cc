@@ -49,7 +49,7 @@ constexpr double kHeadSeconds = 0.5;
 constexpr double kUnderwayReach = 1.6;
 // Synthetic variations of each sample, looser than the sample itself, that the thresholds must
 // accept, and motions spliced from the ends of two samples, which they must reject.
-constexpr int kVariationsPerSample = 2;
+constexpr int kVariationsPerSample = 4;
 constexpr int kMinSplices = 12;
 constexpr int kMaxSplices = 80;
 // Samples of each other gesture that a gesture's thresholds must reject.
