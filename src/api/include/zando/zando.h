@@ -281,8 +281,9 @@ class ZANDO_API IGestureRecognition {
   /* Call once a frame, after the frame's hand pose went into a stroke started with index -1.
    * Returns 1 on the one frame on which a performance of a gesture has been completed, with its
    * index in *gesture and a confidence from 0 to 1 in *confidence; 0 on every other frame. Works
-   * in both modes on a trained set, and in the enhanced mode right after recording. What is not a
-   * gesture is rejected by thresholds learned from the stored samples. -12 without a started
+   * in both modes, trained or not. What is not a gesture is rejected by thresholds learned from
+   * the stored samples, on the first call after they changed (up to a few tenths of a second for
+   * a large set); a gesture whose samples hardly move is never reported. -12 without a started
    * stroke, -8 while training, -15 while loading, -18 for a null or non-finite head pose or null
    * outputs, -9 without an enabled gesture that has samples. */
   virtual int contdDetect(const double headPosition[3], const double headRotation[4], int* gesture,
