@@ -35,6 +35,8 @@ struct Variant {
 constexpr Variant kVariants[] = {{0, 0.0}, {-2, 0.0}, {2, 0.0}, {0, -0.26}, {0, 0.26}};
 // A performance may take this many times more or less time than the sample it matches.
 constexpr double kSpeedTolerance = 5.0;
+// The frame rate a sample without times of its own is taken to have been recorded at.
+constexpr double kUntimedFrameRate = 60.0;
 // The motion kept for the shape check, at most: the slowest match of the longest sample.
 constexpr double kMaxHistorySeconds = 60.0;
 // A move between two frames over this share of the longest sample's path is a jump of the tracker.
@@ -124,12 +126,18 @@ Motion sampleMotion(const Stroke& sample, const ModelParameters& parameters) {
   Motion motion;
   motion.reserve(path.size());
   MotionFilter filter;
-  // Times as a loaded file gives them may be anything: taken apart as doubles, and never back.
-  const double first = sample.handPoints.empty() ? 0.0 : static_cast<double>(sample.handPoints.front().timestamp);
+  // Times may be anything: taken apart as doubles, and never back. Files keep no times, so a
+  // loaded sample's points all carry the moment of loading (as do points fed faster than the
+  // clock ticks): such a sample is taken as recorded at a common frame rate.
+  const size_t count = std::min(path.size(), sample.handPoints.size());
+  const double first = count == 0 ? 0.0 : static_cast<double>(sample.handPoints.front().timestamp);
+  const double span = count == 0 ? 0.0 : static_cast<double>(sample.handPoints[count - 1].timestamp) - first;
+  const bool timed = span >= static_cast<double>(count) - 1.0;  // at least a millisecond a point
   double latest = 0.0;
-  for (size_t i = 0; i < path.size() && i < sample.handPoints.size(); ++i) {
+  for (size_t i = 0; i < count; ++i) {
     if (!path[i].allFinite()) continue;
-    const double time = (static_cast<double>(sample.handPoints[i].timestamp) - first) / 1000.0;
+    const double time = timed ? (static_cast<double>(sample.handPoints[i].timestamp) - first) / 1000.0
+                              : static_cast<double>(i) / kUntimedFrameRate;
     if (std::isfinite(time)) latest = std::max(latest, time);
     motion.push_back({filter.add(path[i], latest), latest});
   }

@@ -197,6 +197,8 @@ TEST(DetectionTest, FilesKeepOnlyASensitivityThatWasSet) {
   Recognizer loaded(GestureRecognition::createZeroFilled());
   ASSERT_EQ(loaded->loadFromFile(set.c_str(), nullptr), 0);
   EXPECT_EQ(loaded->getDetectionSensitivity(), 0.3);
+  // Files keep no point times: a loaded set detects all the same.
+  EXPECT_EQ(replay(*loaded, session({{1, 1.0, 0.25}}, ends)).size(), 1u);
   ASSERT_EQ(loaded->loadFromFile(used.c_str(), nullptr), 0);
   EXPECT_EQ(loaded->getDetectionSensitivity(), 0.5);
   for (const std::string& path : {untouched, used, set}) std::remove(path.c_str());
