@@ -33,6 +33,12 @@ Eigen::Vector3d MotionFilter::add(const Eigen::Vector3d& position, double time) 
   return value_;
 }
 
+double pathLength(const std::vector<TimedPoint>& motion) {
+  double length = 0.0;
+  for (size_t i = 1; i < motion.size(); ++i) length += (motion[i].position - motion[i - 1].position).norm();
+  return length;
+}
+
 namespace {
 
 // count + 1 points evenly spaced along a motion of the given length.
@@ -76,8 +82,7 @@ double turning(const Eigen::Vector3d* points, int count) {
 bool makeDirectionPath(const std::vector<TimedPoint>& motion, DirectionPath& path) {
   path = DirectionPath();
   if (motion.size() < 2) return false;
-  double length = 0.0;
-  for (size_t i = 1; i < motion.size(); ++i) length += (motion[i].position - motion[i - 1].position).norm();
+  const double length = pathLength(motion);
   if (!(length > 0.0) || !std::isfinite(length)) return false;
   path.duration = std::max(0.0, motion.back().time - motion.front().time);
 

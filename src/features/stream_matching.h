@@ -45,6 +45,9 @@ class MotionFilter {
   double time_ = 0.0;
 };
 
+// The length of a motion's path.
+double pathLength(const std::vector<TimedPoint>& motion);
+
 // The stored path of a motion (filtered as a running motion is): its length cut into
 // equal pieces, enough to follow its turns. False when the motion has no length.
 bool makeDirectionPath(const std::vector<TimedPoint>& motion, DirectionPath& path);

@@ -88,12 +88,6 @@ void stretchOf(const std::vector<TimedPoint>& motion, double start, double end, 
   }
 }
 
-double pathLength(const Motion& motion) {
-  double length = 0.0;
-  for (size_t i = 1; i < motion.size(); ++i) length += (motion[i].position - motion[i - 1].position).norm();
-  return length;
-}
-
 // The length of a gesture's samples: the median of their paths'.
 double typicalLength(const std::vector<Motion>& motions) {
   std::vector<double> lengths;
