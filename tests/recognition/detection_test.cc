@@ -158,7 +158,9 @@ TEST(DetectionTest, Refusals) {
   EXPECT_EQ(r->contdDetectM(nullptr, &gesture, &confidence), ReturnCode_InvalidParameter);
   for (double bad : {nan, std::numeric_limits<double>::infinity(), -0.1, 1.1}) {
     EXPECT_EQ(r->setDetectionSensitivity(bad), ReturnCode_InvalidParameter);
-    if (!std::isfinite(bad)) EXPECT_EQ(r->setHostTime(bad), ReturnCode_InvalidParameter);
+    if (!std::isfinite(bad)) {
+      EXPECT_EQ(r->setHostTime(bad), ReturnCode_InvalidParameter);
+    }
   }
   EXPECT_EQ(r->getDetectionSensitivity(), 0.5);
   EXPECT_EQ(GestureRecognition_contdDetect(nullptr, kHead, kFacing, &gesture, &confidence),
