@@ -46,9 +46,14 @@ constexpr double kJumpShare = 0.5;
 constexpr double kConfirmSeconds = 0.2;
 // Time constant of the steadied head pose that the motion is read against.
 constexpr double kHeadSeconds = 0.5;
-// A longer gesture counts as under way while its match so far costs less than this many times
-// its threshold: a looser test than for a whole match, since the end may still make up for it.
-constexpr double kUnderwayReach = 1.6;
+// A longer gesture counts as under way while its match so far costs less than this share of its
+// threshold: only a match well on course may hold a shorter gesture back, since a held gesture
+// that was the one performed is reported late.
+constexpr double kUnderwayReach = 0.8;
+// A match goes on while the motion goes on: while its scale made a step within kConfirmSeconds,
+// or within this many of the stored sample's step times if that is longer (the hand slows at
+// the turns of a long gesture).
+constexpr double kUnderwaySteps = 3.0;
 // Synthetic variations of each sample, looser than the sample itself, that the thresholds must
 // accept, and motions spliced from the ends of two samples, which they must reject.
 constexpr int kVariationsPerSample = 4;
@@ -548,9 +553,9 @@ void ContinuousDetector::confirmCandidates() {
   }
   if (best.gesture < 0) return;
   ready_.push_back(best);
-reportedUntil_ = best.end;
+  reportedUntil_ = best.end;
   // Nothing that began inside the reported gesture may be reported again.
-for (WarpingColumn& column : columns_) column.forgetBefore(best.end);
+  for (WarpingColumn& column : columns_) column.forgetBefore(best.end);
 }
 
 bool ContinuousDetector::longerMatchUnderway(double now) const {
@@ -563,7 +568,10 @@ bool ContinuousDetector::longerMatchUnderway(double now) const {
     // A gesture already among the candidates is not the longer one; and a match only goes on
     // while the motion does.
     if (candidates_[static_cast<size_t>(stored.gesture)].present) continue;
-    if (now - scales_[static_cast<size_t>(stored.scale)].lastStep > kConfirmSeconds) continue;
+    const double stepSeconds = stored.path.duration / stored.path.steps;
+    if (now - scales_[static_cast<size_t>(stored.scale)].lastStep > std::max(kConfirmSeconds, kUnderwaySteps * stepSeconds)) {
+      continue;
+    }
     const WarpingColumn& column = columns_[i];
     const double threshold = thresholds_[static_cast<size_t>(stored.gesture)] * thresholdScale;
     const int steps = stored.path.steps;
