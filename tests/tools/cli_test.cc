@@ -135,13 +135,14 @@ TEST(CommandLineTest, ContinuousEvaluationPlaysStreamsForOneAndTwoHands) {
   const std::string csv = writeRecording("stream.csv");
   // Three gestures: one stays untrained in each trial, so each subject's stream holds two held-out
   // samples of each of the other two.
-  const Outcome json = run("eval " + csv + " --continuous --train-per-class 2 --trials 1 --seconds 1 --json");
+  const Outcome json =
+      run("eval " + csv + " --continuous --train-per-class 2 --trials 1 --seconds 1 --sensitivity 0.25 --json");
   ASSERT_EQ(json.exitCode, 0) << json.output;
   EXPECT_EQ(json.output.front(), '{');
   EXPECT_EQ(json.output.substr(json.output.size() - 2), "}\n");
   for (const char* key : {"\"samples\": 8", "\"detections\"", "\"false_alarms\"", "\"misses\"", "\"precision\"",
                           "\"recall\"", "\"f1\"", "\"false_alarms_per_minute\"", "\"delay_seconds\"",
-                          "\"detect_call_us\"", "\"p95\""}) {
+                          "\"detect_call_us\"", "\"p95\"", "\"between_gestures\"", "\"sensitivity\": 0.25"}) {
     EXPECT_NE(json.output.find(key), std::string::npos) << key;
   }
   const Outcome hands = run("eval " + csv +
@@ -154,6 +155,7 @@ TEST(CommandLineTest, ContinuousEvaluationPlaysStreamsForOneAndTwoHands) {
   }
   EXPECT_EQ(run("eval " + csv + " --hands 2").exitCode, 2);  // streams only
   EXPECT_EQ(run("eval " + csv + " --continuous --speed-range 2,0.5").exitCode, 2);
+  EXPECT_EQ(run("eval " + csv + " --continuous --sensitivity 1.5").exitCode, 2);
   std::remove(csv.c_str());
 }
 

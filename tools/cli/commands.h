@@ -49,6 +49,7 @@ struct EvalOptions {
   int framesPerSecond = 30;
   double slowest = 1.0;  // each sample of the stream plays between these speeds
   double fastest = 1.0;
+  double sensitivity = 0.5;  // the detection sensitivity the objects are given
 };
 int runEval(const EvalOptions& options);
 

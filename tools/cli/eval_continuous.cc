@@ -52,10 +52,11 @@ double sampleSeconds(const Sample& sample) { return (sample.points.back().time -
 // combination object for two whose combination g names gesture g in the performing parts.
 class Detector {
  public:
-  Detector(int hands, const std::vector<int>& mannerOfLabel, bool enhanced) : hands_(hands) {
+  Detector(int hands, const std::vector<int>& mannerOfLabel, bool enhanced, double sensitivity) : hands_(hands) {
     if (hands_ == 1) {
       object_ = GestureRecognition_create();
       if (enhanced) GestureRecognition_setEnhancedRecognition(object_, 1);
+      GestureRecognition_setDetectionSensitivity(object_, sensitivity);
       for (size_t g = 0; g < mannerOfLabel.size(); ++g) {
         GestureRecognition_createGesture(object_, std::to_string(g).c_str(), nullptr);
       }
@@ -63,6 +64,7 @@ class Detector {
     }
     object_ = GestureCombinations_create(2);
     if (enhanced) GestureCombinations_setEnhancedRecognition(object_, 1);
+    GestureCombinations_setDetectionSensitivity(object_, sensitivity);
     for (size_t g = 0; g < mannerOfLabel.size(); ++g) {
       const std::string name = std::to_string(g);
       const int combination = GestureCombinations_createGestureCombination(object_, name.c_str());
@@ -296,10 +298,25 @@ struct JobResult {
   std::vector<double> callTimes;       // microseconds per contdDetect
   std::vector<double> frameTimes;      // microseconds per frame: the hands' points and contdDetect
   std::vector<double> confidences[2];  // of false alarms, of correct detections
+  // False alarms by where they fell: in an untrained gesture, in a trained gesture of another
+  // name, again in a sample already found, between gestures (moves and pauses).
+  int alarmsWhere[4] = {0, 0, 0, 0};
   int refusals = 0;
   int firstRefusal = 0;
   double trainingSeconds = 0.0;
 };
+
+enum AlarmPlace { kInUntrained, kInOtherGesture, kRepeated, kBetween };
+
+AlarmPlace alarmPlace(const Stream& stream, const std::vector<bool>& found, const Detection& detection) {
+  for (size_t i = 0; i < stream.performances.size(); ++i) {
+    const Performance& performance = stream.performances[i];
+    if (detection.time < performance.start || detection.time >= performance.end + kLateSeconds) continue;
+    if (performance.label < 0) return kInUntrained;
+    return performance.label == detection.label && found[i] ? kRepeated : kInOtherGesture;
+  }
+  return kBetween;
+}
 
 // Each detection is matched to the earliest sample it names that runs, or ended less than
 // kLateSeconds before, and was not found yet.
@@ -325,6 +342,7 @@ void score(const Stream& stream, const std::vector<Detection>& detections, JobRe
       result.delays.push_back(detection.time - performance.end);
     }
     result.confidences[right ? 1 : 0].push_back(detection.confidence);
+    if (!right) ++result.alarmsWhere[alarmPlace(stream, found, detection)];
   }
 }
 
@@ -335,7 +353,7 @@ JobResult runJob(const EvalJob& job, size_t jobIndex, const TrialPlan& plan, con
   for (size_t g = 0; g < plan.labelOf.size(); ++g) {
     if (plan.labelOf[g] >= 0) mannerOfLabel.push_back(plan.mannerOf[g]);
   }
-  Detector detector(hands, mannerOfLabel, options.enhanced);
+  Detector detector(hands, mannerOfLabel, options.enhanced, options.sensitivity);
   double clock = 0.0;
   for (const Sample* sample : job.training) {
     const int label = plan.labelOf[static_cast<size_t>(sample->gesture)];
@@ -419,6 +437,7 @@ int runContinuousEval(const EvalOptions& options, const Recording& recording, co
       sum->trainingSeconds += r.trainingSeconds;
       if (sum->refusals == 0) sum->firstRefusal = r.firstRefusal;
       sum->refusals += r.refusals;
+      for (int k = 0; k < 4; ++k) sum->alarmsWhere[k] += r.alarmsWhere[k];
       sum->delays.insert(sum->delays.end(), r.delays.begin(), r.delays.end());
       sum->callTimes.insert(sum->callTimes.end(), r.callTimes.begin(), r.callTimes.end());
       sum->frameTimes.insert(sum->frameTimes.end(), r.frameTimes.begin(), r.frameTimes.end());
@@ -450,6 +469,7 @@ int runContinuousEval(const EvalOptions& options, const Recording& recording, co
     out["hands"] = options.hands;
     out["frames_per_second"] = options.framesPerSecond;
     out["speed_range"] = {options.slowest, options.fastest};
+    out["sensitivity"] = options.sensitivity;
     out["train_per_class"] = options.trainPerClass;
     out["enhanced"] = options.enhanced;
     out["trials"] = options.trials;
@@ -458,6 +478,10 @@ int runContinuousEval(const EvalOptions& options, const Recording& recording, co
     out["counts"] = {{"samples", all.samples}, {"detections", all.detections},
                      {"correct", all.correct}, {"false_alarms", falseAlarms},
                      {"misses", misses},       {"refused_frames", all.refusals}};
+    out["false_alarms_where"] = {{"untrained_gesture", all.alarmsWhere[kInUntrained]},
+                                 {"other_gesture", all.alarmsWhere[kInOtherGesture]},
+                                 {"repeated", all.alarmsWhere[kRepeated]},
+                                 {"between_gestures", all.alarmsWhere[kBetween]}};
     out["precision"] = precision;
     out["recall"] = recall;
     out["f1"] = f1(all);
@@ -480,16 +504,20 @@ int runContinuousEval(const EvalOptions& options, const Recording& recording, co
       options.recording, protocol, options.hands == 2 ? "two hands (combinations)" : "one hand",
       options.enhanced ? ", enhanced recognition" : "", options.trainPerClass, options.trials, jobs.size(),
       options.seconds);
-  fmt::print("  streams at {} frames/s, samples played {}, untrained gestures in each trial: {}\n",
+  fmt::print("  streams at {} frames/s, samples played {}, untrained gestures in each trial: {}{}\n",
              options.framesPerSecond,
              options.slowest == options.fastest ? fmt::format("at {}x", options.slowest)
                                                 : fmt::format("at {}x to {}x", options.slowest, options.fastest),
-             fmt::join(untrained, ", "));
+             fmt::join(untrained, ", "),
+             options.sensitivity == 0.5 ? "" : fmt::format(", detection sensitivity {}", options.sensitivity));
   fmt::print("  samples        {:>7}   trained test samples in the streams\n", all.samples);
   fmt::print("  detections     {:>7}\n", all.detections);
   fmt::print("  correct        {:>7}\n", all.correct);
   fmt::print("  false alarms   {:>7}   {:.2f} per minute of non-gesture motion ({:.1f} min)\n", falseAlarms,
              alarmsPerMinute, nonGestureMinutes);
+  fmt::print("                           {} in untrained gestures, {} in other gestures, {} repeated, {} between\n",
+             all.alarmsWhere[kInUntrained], all.alarmsWhere[kInOtherGesture], all.alarmsWhere[kRepeated],
+             all.alarmsWhere[kBetween]);
   fmt::print("  misses         {:>7}\n", misses);
   fmt::print("  precision      {:>7.1f} %\n", 100 * precision);
   fmt::print("  recall         {:>7.1f} %\n", 100 * recall);

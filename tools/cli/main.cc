@@ -83,6 +83,9 @@ int main(int argc, char** argv) {
   evalCommand->add_option("--speed-range", speeds, "each sample of the stream plays SLOWEST,FASTEST times as fast")
       ->delimiter(',')
       ->needs(continuous);
+  evalCommand->add_option("--sensitivity", eval.sensitivity, "detection sensitivity, 0 to 1 (default 0.5)")
+      ->check(CLI::Range(0.0, 1.0))
+      ->needs(continuous);
 
   cli::PlotOptions plot;
   CLI::App* plotCommand = app.add_subcommand("plot", "Draw the samples of gestures in three projections as SVG");
