@@ -99,19 +99,17 @@ void warpPathsNarrow(const WarpingQuery& query, const WarpingLane* lanes, int co
   warpPathsWith<NarrowOps>(query, lanes, count, distances);
 }
 
+#if defined(ZANDO_WIDE_WARPING)
 namespace {
 
 // Both versions round alike, so the processor changes the speed, never a distance.
 bool wideInstructions() {
-#if defined(ZANDO_WIDE_WARPING)
   static const bool wide = __builtin_cpu_supports("avx") != 0;
   return wide;
-#else
-  return false;
-#endif
 }
 
 }  // namespace
+#endif
 
 float placeBounds(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds) {
 #if defined(ZANDO_WIDE_WARPING)

@@ -19,11 +19,13 @@
 
 #include "combinations/combination_fixture.h"
 #include "scratch_files.h"
+#include "waiting.h"
 #include "zando/zando.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using zando::testing_support::scaledSeconds;
 using zando::testing_support::scratchPath;
 
 constexpr int kMaxRounds = 120;
@@ -262,7 +264,7 @@ void driveRounds(const Face& face, const std::string& tag, Files& files, Shared&
         EXPECT_EQ(started, 0) << "job kind " << kind;
       }
       if (started == 0 && hold) {
-        const auto limit = Clock::now() + std::chrono::seconds(10);
+        const auto limit = Clock::now() + scaledSeconds(10);
         while (!tally.held.load() && Clock::now() < limit) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         EXPECT_TRUE(tally.held.load()) << "no progress reported by job kind " << kind;
         if (tally.held.load()) expectRefusals(face, h, kind, files);
@@ -276,7 +278,7 @@ void driveRounds(const Face& face, const std::string& tag, Files& files, Shared&
       const unsigned ending = rng() % 3;
       if (ending == 0) {  // cancelling and stopping wait for the end
         EXPECT_EQ((kind == Train ? face.stopTraining : kind == Save ? face.cancelSaving : face.cancelLoading)(h), 0);
-        EXPECT_TRUE(idleWithin(face, h, std::chrono::seconds(30))) << "job kind " << kind << " never ended";
+        EXPECT_TRUE(idleWithin(face, h, scaledSeconds(30))) << "job kind " << kind << " never ended";
         maybeBusy = false;
         if (!readable) shared.publish(h, readable = true);
       } else if (ending == 1) {  // deleted while the job may run

@@ -59,7 +59,7 @@ class CombinationTrainingTest : public ::testing::Test {
     // Its gesture has no samples: its repetitions can only fail.
     k = c->createGestureCombination("empty");
     c->setCombinationPartGesture(k, 0, 3);
-    c->setMaxTrainingTime(1);
+    c->setMaxTrainingTime(testing_support::timeScale());  // a second of a native run
     observer.owner = c.get();
     c->trainingUpdateCallback = &onUpdate;
     c->trainingUpdateCallbackMetadata = &observer;
@@ -78,7 +78,7 @@ TEST_F(CombinationTrainingTest, OnePartAtATimeThenOneScore) {
     for (int s = 0; s < 5; ++s) recordOnPart(*c, part, 0, twin, rng);
   }
   c->setMaxTrainingThreads(1);
-  c->setMaxTrainingTime(2);  // at least a whole second of steps
+  c->setMaxTrainingTime(2 * testing_support::timeScale());  // at least a whole second of a native run's steps
   ASSERT_EQ(c->startTraining(), 0);
   EXPECT_TRUE(c->isTraining());
   EXPECT_EQ(c->startTraining(), -8);
@@ -129,7 +129,7 @@ TEST_F(CombinationTrainingTest, RefusalsAndStopping) {
   const auto started = std::chrono::steady_clock::now();
   EXPECT_EQ(c->stopTraining(), 0);
   ASSERT_TRUE(waitFor(observer.finishes, 1, 20));
-  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
+  EXPECT_LT(std::chrono::steady_clock::now() - started, testing_support::scaledSeconds(10));
   EXPECT_FALSE(c->isTraining());
 }
 
@@ -147,7 +147,7 @@ TEST(CombinationTrainingDeletionTest, DeletingWhilePartsTrainWaitsForThem) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20 * threads));
     const auto started = std::chrono::steady_clock::now();
     c.reset();
-    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
+    EXPECT_LT(std::chrono::steady_clock::now() - started, testing_support::scaledSeconds(10));
   }
 }
 

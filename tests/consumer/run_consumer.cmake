@@ -8,6 +8,13 @@ function(run)
   endif()
 endfunction()
 
+# A cross build's programs run under its emulator.
+separate_arguments(emulator UNIX_COMMAND "${EMULATOR}")
+set(toolchain)
+if(TOOLCHAIN_FILE)
+  set(toolchain -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE})
+endif()
+
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 foreach(file include/zando/zando.h lib/cmake/Zando/ZandoConfig.cmake lib/pkgconfig/zando.pc)
   if(NOT EXISTS ${prefix}/${file})
@@ -16,12 +23,17 @@ foreach(file include/zando/zando.h lib/cmake/Zando/ZandoConfig.cmake lib/pkgconf
 endforeach()
 
 # find_package(Zando) and Zando::zando.
-run(${CMAKE_COMMAND} -S ${PROJECT_DIR} -B ${WORK_DIR}/build -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
+run(${CMAKE_COMMAND} -S ${PROJECT_DIR} -B ${WORK_DIR}/build -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release
+    ${toolchain})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
-run(${WORK_DIR}/build/consumer)
+run(${emulator} ${WORK_DIR}/build/consumer)
 
 # pkg-config.
-find_program(PKG_CONFIG pkg-config REQUIRED)
+if(TARGET_PKG_CONFIG)
+  set(PKG_CONFIG ${TARGET_PKG_CONFIG})
+else()
+  find_program(PKG_CONFIG pkg-config REQUIRED)
+endif()
 set(ENV{PKG_CONFIG_PATH} ${prefix}/lib/pkgconfig)
 execute_process(COMMAND ${PKG_CONFIG} --cflags --libs zando OUTPUT_VARIABLE flags RESULT_VARIABLE result
                 OUTPUT_STRIP_TRAILING_WHITESPACE)
@@ -30,4 +42,4 @@ if(NOT result EQUAL 0)
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
 run(${CXX_COMPILER} -std=c++17 ${PROJECT_DIR}/consumer.cc ${flags} -Wl,-rpath,${prefix}/lib -o ${WORK_DIR}/consumer_pc)
-run(${WORK_DIR}/consumer_pc)
+run(${emulator} ${WORK_DIR}/consumer_pc)

@@ -1,9 +1,11 @@
 // The lane-by-lane warping against a plain one-pair-at-a-time warping, its lower bounds, its giving
-// up, and its two instruction sets against each other.
+// up, and its instruction sets against each other and against the bits every processor must give.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -117,6 +119,55 @@ TEST_F(ShapeWarpingTest, BothInstructionSetsGiveTheSameBits) {
   EXPECT_TRUE(std::equal(narrowBounds.value, narrowBounds.value + kShapePoints, wideBounds.value));
 }
 #endif
+
+// A wandering path of `points` points whose coordinates are multiples of 1/256, exact in any
+// floating-point type: the same on every processor before the first rounding.
+StrokeShape exactShape(std::mt19937& rng, int points, bool stored) {
+  std::vector<Eigen::Vector3d> path;
+  Eigen::Vector3d p = Eigen::Vector3d::Zero();
+  for (int i = 0; i < points; ++i) {
+    for (int k = 0; k < 3; ++k) p[k] += (static_cast<int>(rng() % 17) - 8) / 256.0;
+    path.push_back(p);
+  }
+  StrokeShape shape;
+  makePathShape(path, stored, shape);
+  return shape;
+}
+
+uint32_t bitsOf(float value) {
+  uint32_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
+// From the points to the distances, every step rounds as IEEE arithmetic prescribes, so a gesture
+// is matched alike on every processor. The bits below were taken on x86-64, where both instruction
+// sets give them.
+TEST(ShapeWarpingBits, EveryProcessorGivesTheSameBoundsAndDistances) {
+  static constexpr uint32_t kBounds[kShapeLanes] = {0x412ef35c, 0x41759dda, 0x40c60097, 0x419c19ea,
+                                                     0x40d8f9fa, 0x40c11b23, 0x40c494a0, 0x41cc94e0};
+  static constexpr uint32_t kDistances[kShapeLanes] = {0x427300ef, 0x42499bfd, 0x422b0271, 0x428df436,
+                                                        0x4261ded2, 0x4240610c, 0x42741f11, 0x42932d3a};
+  std::mt19937 rng(11);
+  const StrokeShape query = exactShape(rng, 45, false);
+  std::vector<StrokeShape> stored;
+  for (int l = 0; l < kShapeLanes; ++l) stored.push_back(exactShape(rng, 10 + 7 * l, true));
+  PlaceValues bounds[kShapeLanes];
+  WarpingLane lanes[kShapeLanes];
+  for (int l = 0; l < kShapeLanes; ++l) {
+    const StrokeShape& shape = stored[static_cast<size_t>(l)];
+    EXPECT_EQ(kBounds[l], bitsOf(placeBoundsNarrow(query.path, shape.envelope, bounds[l]))) << l;
+    EXPECT_EQ(kBounds[l], bitsOf(placeBounds(query.path, shape.envelope, bounds[l]))) << l;
+    lanes[l] = {&shape.path, &bounds[l], INFINITY};
+  }
+  float chosen[kShapeLanes], narrow[kShapeLanes];
+  warpPaths(query.path, lanes, kShapeLanes, chosen);
+  warpPathsNarrow(query.path, lanes, kShapeLanes, narrow);
+  for (int l = 0; l < kShapeLanes; ++l) {
+    EXPECT_EQ(kDistances[l], bitsOf(chosen[l])) << l;
+    EXPECT_EQ(kDistances[l], bitsOf(narrow[l])) << l;
+  }
+}
 
 }  // namespace
 }  // namespace zando

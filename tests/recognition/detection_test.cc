@@ -14,6 +14,7 @@
 #include "persistence/archive.h"
 #include "recognition/motion_builder.h"
 #include "scratch_files.h"
+#include "waiting.h"
 
 namespace zando {
 namespace {
@@ -102,7 +103,7 @@ TEST(DetectionTest, ReportsEachPerformanceOnceAndNothingElse) {
     SCOPED_TRACE(enhanced ? "enhanced, untrained" : "plain, trained");
     Recognizer r = makeRecorded(enhanced);
     if (!enhanced) {
-      r->maxTrainingTime = 1;
+      r->maxTrainingTime = timeScale();  // a second of a native run
       ASSERT_EQ(r->startTraining(), 0);
       while (r->isTraining()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

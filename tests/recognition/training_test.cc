@@ -66,7 +66,7 @@ class TrainingTest : public ::testing::Test {
 
 TEST_F(TrainingTest, DistinctShapesTrainAndFreshPerformancesAreRecognised) {
   addGestures(r->gestureModel, maker, {0, 1, 2, 3, 4}, 12);
-  r->maxTrainingTime = 5;
+  r->maxTrainingTime = 5 * testing_support::timeScale();
   ASSERT_EQ(r->startTraining(), 0);
   ASSERT_TRUE(log.waitForCalls(1));
   EXPECT_EQ(log.trainingInside.load(), 0);  // already finished inside its own callback
@@ -122,7 +122,7 @@ TEST_F(TrainingTest, RefusalsWhileRunningAndStopFromAnotherThread) {
   int stopped = -100;
   std::thread([&] { stopped = r->stopTraining(); }).join();
   EXPECT_EQ(stopped, 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, testing_support::scaledSeconds(10));
   EXPECT_FALSE(r->isTraining());
   ASSERT_TRUE(log.waitForCalls(1));
   // The run keeps its best network, of the pinned shape.
@@ -151,7 +151,7 @@ TEST(TrainingLifetimeTest, DeletingDuringOrRightAfterARunIsSafe) {
     }
     const auto start = std::chrono::steady_clock::now();
     delete r;
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, testing_support::scaledSeconds(10));
     EXPECT_EQ(log.calls.load(), variant == 2 ? 2 : 1) << variant;
   }
 }

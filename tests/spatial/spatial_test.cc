@@ -250,12 +250,12 @@ TEST(StrokePointTest, NewAndInterpolatedPointsAreStampedWithMillisecondsSinceThe
   a.timestamp = 1000, b.timestamp = 2000;
   // Linear position, spherical rotation, present time.
   const StrokePoint p = interpolatePoint(a, b, 0.25);
+  // A new point is the identity pose at the present time.
+  const StrokePoint fresh;
   const int64_t after = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
   EXPECT_EQ(Eigen::Vector4d(1, 1, -2, 1), xyzw(p.position));
   expectQuaternionNear(Quaternion(0, 0, std::sin(kPi / 16), std::cos(kPi / 16)), p.rotation, 1e-15);
   EXPECT_TRUE(p.timestamp >= before && p.timestamp <= after) << p.timestamp;
-  // A new point is the identity pose at the present time.
-  const StrokePoint fresh;
   EXPECT_EQ(Eigen::Vector4d(0, 0, 0, 1), xyzw(fresh.position));
   EXPECT_EQ(Eigen::Vector4d(0, 0, 0, 1), fresh.rotation.eigen().coeffs());
   EXPECT_TRUE(fresh.timestamp >= before && fresh.timestamp <= after) << fresh.timestamp;
