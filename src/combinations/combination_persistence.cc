@@ -241,12 +241,9 @@ int GestureCombinations::saveToFile(const char* path) {
     markJobFinished(savingState);
     return ReturnCode_CannotReplaceFile;
   }
-  if (std::FILE* existing = std::fopen(path, "rb")) {
-    std::fclose(existing);
-    if (std::remove(path) != 0) {
-      markJobFinished(savingState);
-      return ReturnCode_CannotReplaceFile;
-    }
+  if (!removeOldFile(path)) {
+    markJobFinished(savingState);
+    return ReturnCode_CannotReplaceFile;
   }
   if (!appendArchiveMember(path, kCombinationsMember, text)) return ReturnCode_InvalidPath;
 
@@ -376,7 +373,7 @@ int GestureCombinations::loadArchive(const ArchiveSource& source, MetadataCreato
   if (source.extract(kDatabaseMember, single)) {
     result = loadFromStream(single.stream.get(), creator);
   } else if (source.path != nullptr) {
-    std::ifstream file(source.path, std::ios::binary);
+    std::ifstream file(filePath(source.path), std::ios::binary);
     if (!file.is_open()) return ReturnCode_InvalidPath;
     result = loadFromStream(&file, creator);
   } else {
@@ -533,7 +530,7 @@ int GestureCombinations::importArchive(const ArchiveSource& source, MetadataCrea
   TextStream single;
   if (source.extract(kDatabaseMember, single)) return importFromStream(single.stream.get(), creator);
   if (source.path != nullptr) {
-    std::ifstream file(source.path, std::ios::binary);
+    std::ifstream file(filePath(source.path), std::ios::binary);
     if (!file.is_open()) return ReturnCode_InvalidPath;
     return importFromStream(&file, creator);
   }
