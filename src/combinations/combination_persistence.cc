@@ -144,11 +144,12 @@ int readCombination(std::istream& in, int version, IGestureRecognition::Metadata
   return ReturnCode_Success;
 }
 
-// The score line: NaN or a value above 1 is stored and refused.
+// The score line: NaN or a value above 1 is stored and refused. (strtod, as atof is defined, since
+// the atof of Windows' C runtime reads neither "nan" nor "inf".)
 int readScoreLine(std::istream& in, double& score) {
   std::string line;
   readLine(in, line);
-  score = std::atof(line.c_str());
+  score = std::strtod(line.c_str(), nullptr);
   return std::isnan(score) || score > 1.0 ? ReturnCode_InvalidFile : ReturnCode_Success;
 }
 
