@@ -130,9 +130,10 @@ $(WINDOWS_LIBZIP)/lib/libzip.a:
 	  -DCMAKE_C_FLAGS=-w -DBUILD_SHARED_LIBS=OFF -DZLIB_USE_STATIC_LIBS=ON \
 	  -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF \
 	  -DENABLE_OPENSSL=OFF -DENABLE_WINDOWS_CRYPTO=OFF \
-	  -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF > $(WINDOWS_LIBZIP)/configure.log
-	cmake --build $(WINDOWS_LIBZIP)/build -j $(JOBS) > $(WINDOWS_LIBZIP)/build.log
-	cmake --install $(WINDOWS_LIBZIP)/build > $(WINDOWS_LIBZIP)/install.log
+	  -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF -Wno-dev \
+	  > $(WINDOWS_LIBZIP)/configure.log 2>&1 || { cat $(WINDOWS_LIBZIP)/configure.log; exit 1; }
+	cmake --build $(WINDOWS_LIBZIP)/build -j $(JOBS) > $(WINDOWS_LIBZIP)/build.log 2>&1 || { cat $(WINDOWS_LIBZIP)/build.log; exit 1; }
+	cmake --install $(WINDOWS_LIBZIP)/build > $(WINDOWS_LIBZIP)/install.log 2>&1 || { cat $(WINDOWS_LIBZIP)/install.log; exit 1; }
 
 windows-libzip: windows-deps $(WINDOWS_LIBZIP)/lib/libzip.a
 
