@@ -8,6 +8,10 @@ PACKAGES := cmake make g++ pkg-config libeigen3-dev libzip-dev zipcmp zipmerge z
             mono-mcs mono-runtime
 # libFuzzer comes with clang.
 FUZZ_PACKAGES := clang-14 libclang-rt-14-dev
+# The Windows build: MinGW-w64 cross compilers (POSIX threads), zlib for MinGW, GoogleTest's and
+# libzip's sources (the latter unpacked by dpkg-dev), Wine to run the tests.
+WINDOWS_PACKAGES := cmake make libeigen3-dev googletest gcc-mingw-w64-x86-64-posix g++-mingw-w64-x86-64-posix \
+            binutils-mingw-w64-x86-64 libz-mingw-w64-dev dpkg-dev wine wine64
 
 # The sanitizer builds, each in a folder of its own. Every finding stops the test that met it.
 SANITIZE_DIR ?= build-sanitize
@@ -34,12 +38,23 @@ ARM64_TIME_SCALE ?= 10
 ARM64_PACKAGES := g++-aarch64-linux-gnu qemu-user pkgconf:arm64 libc6:arm64 libstdc++6:arm64 libzip-dev:arm64 \
                   zlib1g-dev:arm64 libgtest-dev:arm64 libbenchmark-dev:arm64 libfmt-dev:arm64
 
-.PHONY: all deps fuzz-deps arm64-deps configure build test test-arm64 demo bench sanitize tsan fuzz clean
+# Windows x86-64: a DLL cross-compiled with MinGW-w64 and the suite run under Wine, in a Wine
+# prefix of the build folder's own. libzip is built from Debian's source package for the target,
+# as a static library inside the build folder.
+WINDOWS_DIR ?= build-windows
+WINDOWS_TOOLCHAIN := $(CURDIR)/cmake/mingw-w64-x86_64.cmake
+WINDOWS_LIBZIP := $(WINDOWS_DIR)/libzip
+WINE_RUN := env WINEPREFIX=$(abspath $(WINDOWS_DIR))/wineprefix WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml= DISPLAY= wine
+# The set files that each build writes and the other reads.
+EXCHANGE_DIR := $(abspath $(WINDOWS_DIR))/exchange
+
+.PHONY: all deps fuzz-deps arm64-deps windows-deps configure build test test-arm64 demo bench sanitize tsan fuzz \
+        windows-sources windows-libzip build-windows test-windows dist clean
 
 all: build
 
-deps fuzz-deps: WANTED = $(if $(filter fuzz-deps,$@),$(FUZZ_PACKAGES),$(PACKAGES))
-deps fuzz-deps:
+deps fuzz-deps windows-deps: WANTED = $(if $(filter fuzz-deps,$@),$(FUZZ_PACKAGES),$(if $(filter windows-deps,$@),$(WINDOWS_PACKAGES),$(PACKAGES)))
+deps fuzz-deps windows-deps:
 	@missing=""; \
 	for p in $(WANTED); do \
 	  dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "install ok installed" || missing="$$missing $$p"; \
@@ -47,8 +62,8 @@ deps fuzz-deps:
 	if [ -n "$$missing" ]; then \
 	  if [ "$$(id -u)" = "0" ]; then \
 	    echo "Installing:$$missing"; \
-	    DEBIAN_FRONTEND=noninteractive apt-get update -qq && \
-	    DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $$missing; \
+	    DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=900 update -qq && \
+	    DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=900 install -y -qq $$missing; \
 	  else \
 	    echo "Missing packages:$$missing (run as root, or: sudo apt-get install$$missing)"; exit 1; \
 	  fi; \
@@ -115,5 +130,58 @@ fuzz: deps fuzz-deps
 	    $(FUZZ_DIR)/corpus/$$target $(FUZZ_DIR)/seeds/$$target || exit 1; \
 	done
 
+# apt-get source needs the source lists: the binary lists' archives, taken once more as sources.
+windows-sources:
+	@if ! apt-get indextargets --format '$$(CREATED_BY)' 2>/dev/null | grep -qx Sources; then \
+	  if [ "$$(id -u)" != "0" ]; then echo "No source lists for apt-get source (run as root)"; exit 1; fi; \
+	  echo "Adding source lists"; \
+	  for f in /etc/apt/sources.list.d/*.sources; do \
+	    [ -f "$$f" ] && grep -q '^Types:.*\bdeb\b' "$$f" && sed 's/^Types:.*/Types: deb-src/' "$$f"; echo; \
+	  done > /tmp/zando-deb-src.sources && mv /tmp/zando-deb-src.sources /etc/apt/sources.list.d/; \
+	  if [ -f /etc/apt/sources.list ]; then \
+	    sed -n 's/^deb /deb-src /p' /etc/apt/sources.list > /etc/apt/sources.list.d/zando-deb-src.list; \
+	  fi; \
+	  apt-get -o DPkg::Lock::Timeout=900 update -qq; \
+	fi
+
+# libzip as Debian builds it (its source package, patches applied), without the tools, the
+# optional compressors and encryption, linked against zlib for MinGW; its own warnings are quiet.
+$(WINDOWS_LIBZIP)/lib/libzip.a:
+	@$(MAKE) --no-print-directory windows-deps windows-sources
+	rm -rf $(WINDOWS_LIBZIP) && mkdir -p $(WINDOWS_LIBZIP)/source
+	cd $(WINDOWS_LIBZIP)/source && apt-get source -qq libzip
+	cmake -S $$(find $(WINDOWS_LIBZIP)/source -mindepth 1 -maxdepth 1 -type d -name 'libzip-*') -B $(WINDOWS_LIBZIP)/build \
+	  -DCMAKE_TOOLCHAIN_FILE=$(WINDOWS_TOOLCHAIN) -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=$(abspath $(WINDOWS_LIBZIP)) \
+	  -DCMAKE_C_FLAGS=-w -DBUILD_SHARED_LIBS=OFF -DZLIB_USE_STATIC_LIBS=ON \
+	  -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF \
+	  -DENABLE_OPENSSL=OFF -DENABLE_WINDOWS_CRYPTO=OFF \
+	  -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF -Wno-dev \
+	  > $(WINDOWS_LIBZIP)/configure.log 2>&1 || { cat $(WINDOWS_LIBZIP)/configure.log; exit 1; }
+	cmake --build $(WINDOWS_LIBZIP)/build -j $(JOBS) > $(WINDOWS_LIBZIP)/build.log 2>&1 || { cat $(WINDOWS_LIBZIP)/build.log; exit 1; }
+	cmake --install $(WINDOWS_LIBZIP)/build > $(WINDOWS_LIBZIP)/install.log 2>&1 || { cat $(WINDOWS_LIBZIP)/install.log; exit 1; }
+
+windows-libzip: windows-deps $(WINDOWS_LIBZIP)/lib/libzip.a
+
+# The demo, the command line and the benchmarks need libraries that exist here for Linux only.
+build-windows: windows-libzip
+	cmake -S . -B $(WINDOWS_DIR) -DCMAKE_TOOLCHAIN_FILE=$(WINDOWS_TOOLCHAIN) -DCMAKE_BUILD_TYPE=Release \
+	  -DZANDO_BUILD_TOOLS=OFF -DZANDO_BUILD_BENCHMARKS=OFF -DZANDO_BUILD_CSHARP=OFF \
+	  -DEigen3_DIR=/usr/share/eigen3/cmake -Dlibzip_DIR=$(abspath $(WINDOWS_LIBZIP))/lib/cmake/libzip
+	cmake --build $(WINDOWS_DIR) -j $(JOBS)
+
+# The suite under Wine, then the set files across: each build reads what the other wrote. The
+# exchange runs whatever the suite said; either failing fails the target.
+test-windows: build-windows configure
+	$(WINE_RUN) wineboot --init
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target file_exchange
+	@suite=0; ctest --test-dir $(WINDOWS_DIR) --output-on-failure -j $(JOBS) || suite=1; \
+	echo "== Set files across Linux and Windows"; \
+	rm -rf $(EXCHANGE_DIR) && mkdir -p $(EXCHANGE_DIR) && \
+	$(BUILD_DIR)/tests/exchange/file_exchange write $(EXCHANGE_DIR)/linux && \
+	$(WINE_RUN) $(WINDOWS_DIR)/bin/file_exchange.exe write $(EXCHANGE_DIR)/windows && \
+	$(WINE_RUN) $(WINDOWS_DIR)/bin/file_exchange.exe check $(EXCHANGE_DIR)/linux && \
+	$(BUILD_DIR)/tests/exchange/file_exchange check $(EXCHANGE_DIR)/windows && \
+	exit $$suite
+
 clean:
-	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(TSAN_DIR) $(FUZZ_DIR) $(ARM64_DIR)
+	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(TSAN_DIR) $(FUZZ_DIR) $(ARM64_DIR) $(WINDOWS_DIR)

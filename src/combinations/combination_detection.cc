@@ -6,6 +6,7 @@
 
 #include "combinations/gesture_combinations.h"
 #include "recognition/stroke_results.h"
+#include "spatial/thread_scratch.h"
 
 namespace zando {
 
@@ -100,7 +101,7 @@ int GestureCombinations::contdDetect(const double headPosition[3], const double 
 }
 
 void GestureCombinations::shareGestureLength() {
-  thread_local std::vector<uintptr_t> fingerprint;
+  std::vector<uintptr_t>& fingerprint = threadScratch<std::vector<uintptr_t>, struct FingerprintPlace>();
   bool changed = detectionFingerprints.size() != static_cast<size_t>(partCount);
   detectionFingerprints.resize(static_cast<size_t>(partCount));
   for (int i = 0; i < partCount; ++i) {

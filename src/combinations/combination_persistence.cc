@@ -144,11 +144,12 @@ int readCombination(std::istream& in, int version, IGestureRecognition::Metadata
   return ReturnCode_Success;
 }
 
-// The score line: NaN or a value above 1 is stored and refused.
+// The score line: NaN or a value above 1 is stored and refused. (strtod, as atof is defined, since
+// the atof of Windows' C runtime reads neither "nan" nor "inf".)
 int readScoreLine(std::istream& in, double& score) {
   std::string line;
   readLine(in, line);
-  score = std::atof(line.c_str());
+  score = std::strtod(line.c_str(), nullptr);
   return std::isnan(score) || score > 1.0 ? ReturnCode_InvalidFile : ReturnCode_Success;
 }
 
@@ -241,12 +242,9 @@ int GestureCombinations::saveToFile(const char* path) {
     markJobFinished(savingState);
     return ReturnCode_CannotReplaceFile;
   }
-  if (std::FILE* existing = std::fopen(path, "rb")) {
-    std::fclose(existing);
-    if (std::remove(path) != 0) {
-      markJobFinished(savingState);
-      return ReturnCode_CannotReplaceFile;
-    }
+  if (!removeOldFile(path)) {
+    markJobFinished(savingState);
+    return ReturnCode_CannotReplaceFile;
   }
   if (!appendArchiveMember(path, kCombinationsMember, text)) return ReturnCode_InvalidPath;
 
@@ -376,7 +374,7 @@ int GestureCombinations::loadArchive(const ArchiveSource& source, MetadataCreato
   if (source.extract(kDatabaseMember, single)) {
     result = loadFromStream(single.stream.get(), creator);
   } else if (source.path != nullptr) {
-    std::ifstream file(source.path, std::ios::binary);
+    std::ifstream file(filePath(source.path), std::ios::binary);
     if (!file.is_open()) return ReturnCode_InvalidPath;
     result = loadFromStream(&file, creator);
   } else {
@@ -533,7 +531,7 @@ int GestureCombinations::importArchive(const ArchiveSource& source, MetadataCrea
   TextStream single;
   if (source.extract(kDatabaseMember, single)) return importFromStream(single.stream.get(), creator);
   if (source.path != nullptr) {
-    std::ifstream file(source.path, std::ios::binary);
+    std::ifstream file(filePath(source.path), std::ios::binary);
     if (!file.is_open()) return ReturnCode_InvalidPath;
     return importFromStream(&file, creator);
   }

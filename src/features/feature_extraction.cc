@@ -8,6 +8,7 @@
 
 #include "features/fft.h"
 #include "features/waypoints.h"
+#include "spatial/thread_scratch.h"
 
 namespace zando {
 
@@ -44,8 +45,7 @@ struct Scratch {
 };
 
 Scratch& scratch() {
-  thread_local Scratch s;
-  return s;
+  return threadScratch<Scratch, struct ExtractionPlace>();
 }
 
 void prepareRecords(std::vector<StrokePoint>& records, size_t count) {

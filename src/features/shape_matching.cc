@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "features/feature_extraction.h"
+#include "spatial/thread_scratch.h"
 
 namespace zando {
 
@@ -105,7 +106,7 @@ void envelope(const float* values, int count, float* low, float* high) {
 
 void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bool stored, StrokeShape& shape) {
   headSettingsOf(parameters, shape.headSettings);
-  thread_local std::vector<Eigen::Vector3d> path;
+  std::vector<Eigen::Vector3d>& path = threadScratch<std::vector<Eigen::Vector3d>, struct PathPlace>();
   if (stroke.handPoints.size() < 2) {
     path.assign(1, Eigen::Vector3d::Zero());
   } else {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "spatial/random.h"
+#include "spatial/thread_scratch.h"
 
 namespace zando {
 
@@ -69,8 +70,7 @@ struct SelectionScratch {
 };
 
 SelectionScratch& selectionScratch() {
-  thread_local SelectionScratch scratch;
-  return scratch;
+  return threadScratch<SelectionScratch, struct SelectionPlace>();
 }
 
 }  // namespace

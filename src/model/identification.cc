@@ -8,6 +8,7 @@
 #include "model/model_statistics.h"
 #include "model/neural_network.h"
 #include "model/shape_identification.h"
+#include "spatial/thread_scratch.h"
 #include "zando/zando.h"
 
 namespace zando {
@@ -55,8 +56,8 @@ int probabilities(GestureModel& model, double* p, double* s, int* count, const S
   const int m = std::min(*count, model.gestureCount());
   if (m < 1) return ReturnCode_NoGestures;
   if (shapeMatchingApplies(model)) {
-    thread_local std::vector<double> distances;
-    thread_local std::vector<double> shares;
+    std::vector<double>& distances = threadScratch<std::vector<double>, struct DistancesPlace>();
+    std::vector<double>& shares = threadScratch<std::vector<double>, struct SharesPlace>();
     distances.resize(static_cast<size_t>(model.gestureCount()));
     shares.resize(distances.size());
     if (nearestGestureByShape(model, stroke, distances.data()) >= 0) {

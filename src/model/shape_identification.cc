@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "features/shape_matching.h"
+#include "spatial/thread_scratch.h"
 
 namespace zando {
 
@@ -35,10 +36,10 @@ bool shapeMatchingApplies(const GestureModel& model) {
 
 int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances) {
   constexpr float kFar = std::numeric_limits<float>::infinity();
-  thread_local StrokeShape query;
-  thread_local std::vector<Candidate> candidates;
-  thread_local std::vector<PlaceValues> bounds;
-  thread_local std::vector<float> nearestOf;
+  StrokeShape& query = threadScratch<StrokeShape, struct QueryPlace>();
+  std::vector<Candidate>& candidates = threadScratch<std::vector<Candidate>, struct CandidatesPlace>();
+  std::vector<PlaceValues>& bounds = threadScratch<std::vector<PlaceValues>, struct BoundsPlace>();
+  std::vector<float>& nearestOf = threadScratch<std::vector<float>, struct NearestPlace>();
   makeStrokeShape(stroke, model.parameters, false, query);
 
   // The cheap bound of every sample first; the warping runs on the most promising samples, several

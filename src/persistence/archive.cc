@@ -1,8 +1,8 @@
 #include "persistence/archive.h"
 
-#include <cstdio>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <system_error>
 
@@ -77,7 +77,8 @@ bool writeArchiveMember(const char* path, const char* member, const std::string&
   zip_t* archive = zip_open(path, ZIP_CREATE | ZIP_TRUNCATE, &error);
   if (archive == nullptr) return false;
   if (!addMemberAndClose(archive, member, content)) {
-    std::remove(path);
+    std::error_code error;
+    std::filesystem::remove(filePath(path), error);
     return false;
   }
   return true;
@@ -90,9 +91,18 @@ bool appendArchiveMember(const char* path, const char* member, const std::string
   return addMemberAndClose(archive, member, content);
 }
 
+std::filesystem::path filePath(const char* path) { return std::filesystem::u8path(path); }
+
+bool removeOldFile(const char* path) {
+  const std::filesystem::path file = filePath(path);
+  if (!std::ifstream(file, std::ios::binary).is_open()) return true;
+  std::error_code error;
+  return std::filesystem::remove(file, error);
+}
+
 bool isFolder(const char* path) {
   std::error_code error;
-  return std::filesystem::is_directory(std::filesystem::path(path), error);
+  return std::filesystem::is_directory(filePath(path), error);
 }
 
 bool readArchiveMember(const char* path, const char* member, std::string& content) {

@@ -2,6 +2,7 @@
 #ifndef ZANDO_PERSISTENCE_ARCHIVE_H
 #define ZANDO_PERSISTENCE_ARCHIVE_H
 
+#include <filesystem>
 #include <streambuf>
 #include <string>
 
@@ -30,6 +31,13 @@ bool writeArchiveMember(const char* path, const char* member, const std::string&
 // Adds a member to the archive at path in place, creating the archive if there is none; members
 // already there stay. False if it could not be written; the archive is then as it was.
 bool appendArchiveMember(const char* path, const char* member, const std::string& content);
+
+// A path as the host gives it, UTF-8 text, in the form the file system takes. (Windows' narrow
+// file functions would read the text in the system's code page; libzip takes UTF-8 there.)
+std::filesystem::path filePath(const char* path);
+
+// Removes the file at path if one opens for reading there. False if such a file stays.
+bool removeOldFile(const char* path);
 
 // Whether path names a folder. A save treats one as a file that cannot be removed: a folder may
 // open for reading like a file, and removing it in place of the file would take an empty one away.

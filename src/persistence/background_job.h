@@ -31,23 +31,28 @@ inline bool validJobPath(const char* path) {
 
 // Starts `work` on a detached thread with the state at "requested" and polls until the worker
 // has moved it on. `workers` counts the thread until its last step, so that a destructor can
-// wait for it.
+// wait for it. The worker begins by taking `mutex`, which is held here until the thread is
+// detached: no worker ends before it is detached, which MinGW's thread library does not survive
+// (it recycles such a thread's record while the thread still tidies it up, and the next thread
+// created may never run).
 template <typename Work>
 int startBackgroundJob(std::atomic<int>& state, std::atomic<int>& workers, std::mutex& mutex,
                        std::condition_variable& condition, Work work) {
   state.store(kJobRequested);
   workers.fetch_add(1);
+  std::unique_lock<std::mutex> lock(mutex);
   try {
-    std::thread(std::move(work)).detach();
+    std::thread([&mutex, work = std::move(work)]() mutable {
+      { std::lock_guard<std::mutex> detached(mutex); }
+      work();
+    }).detach();
   } catch (const std::system_error&) {
     state.store(kJobIdle);
     workers.fetch_sub(1);
     return ReturnCode_ResourceError;
   }
-  while (state.load() == kJobRequested) {
-    std::unique_lock<std::mutex> lock(mutex);
-    condition.wait_for(lock, std::chrono::milliseconds(10));
-  }
+  // The timed wait makes a signal that came before the wait harmless.
+  while (state.load() == kJobRequested) condition.wait_for(lock, std::chrono::milliseconds(10));
   return ReturnCode_Success;
 }
 

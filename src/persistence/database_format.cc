@@ -608,16 +608,17 @@ class DatabaseReader {
       owner_->contdIdentificationSmoothing = 3;
     }
 
-    // One number on the line stands for both scales.
+    // One number on the line stands for both scales. (strtod, as atof is defined, since the atof
+    // of Windows' C runtime reads no "inf", "nan" or hexadecimal numbers.)
     readLine();
     const size_t blank = line_.find(' ');
     double scaleA = 0.0;
     double scaleB = 0.0;
     if (blank == std::string::npos) {
-      scaleA = scaleB = std::atof(line_.c_str());
+      scaleA = scaleB = std::strtod(line_.c_str(), nullptr);
     } else {
-      scaleA = std::atof(line_.substr(0, blank).c_str());
-      scaleB = std::atof(line_.c_str() + blank + 1);
+      scaleA = std::strtod(line_.substr(0, blank).c_str(), nullptr);
+      scaleB = std::strtod(line_.c_str() + blank + 1, nullptr);
     }
     if (!(scaleA > 0.0) || !std::isfinite(scaleA) || !(scaleB > 0.0) || !std::isfinite(scaleB)) return false;
     p.featureScaleA = scaleA;

@@ -89,10 +89,7 @@ int GestureRecognition::saveToFile(const char* path) {
   if (position <= 0 || static_cast<size_t>(position) != text.size()) return ReturnCode_StreamError;
   if (isFolder(path)) return ReturnCode_CannotReplaceFile;  // never removed in place of a file
   // An existing file goes first: a new archive is written, never a member added to an old one.
-  if (std::FILE* existing = std::fopen(path, "rb")) {
-    std::fclose(existing);
-    if (std::remove(path) != 0) return ReturnCode_CannotReplaceFile;
-  }
+  if (!removeOldFile(path)) return ReturnCode_CannotReplaceFile;
   if (!writeArchiveMember(path, kDatabaseMember, text)) return ReturnCode_InvalidPath;
   if (gestureModel.enhancedRecognition && !appendArchiveMember(path, kEnhancedMember, kEnhancedContent)) {
     return ReturnCode_InvalidPath;
@@ -137,7 +134,7 @@ int readFromPath(GestureModel& model, const char* path, IGestureRecognition::Met
     }
     return result;
   }
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(filePath(path), std::ios::binary);
   if (!file.is_open()) return ReturnCode_InvalidPath;
   const int result = readGestureDatabase(model, file, creator, owner);
   if (result >= 0) {

@@ -11,6 +11,7 @@
 
 #include "features/feature_extraction.h"
 #include "features/shape_matching.h"
+#include "spatial/thread_scratch.h"
 
 namespace zando {
 
@@ -256,7 +257,7 @@ double movingGestureLength(const std::vector<double>& lengths) { return upperQua
 
 bool ContinuousDetector::prepare(const GestureModel& model, const ModelParameters& parameters,
                                  double referenceLength) {
-  thread_local std::vector<uintptr_t> current;
+  std::vector<uintptr_t>& current = threadScratch<std::vector<uintptr_t>, struct SampleFingerprintPlace>();
   sampleFingerprint(model, parameters, current);
   uintptr_t lengthBits = 0;
   std::memcpy(&lengthBits, &referenceLength, std::min(sizeof(lengthBits), sizeof(referenceLength)));
@@ -383,7 +384,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
           bestTilt = matcher.tilt;
         }
       }
-      thread_local std::vector<Eigen::Vector3d> stretch;
+      std::vector<Eigen::Vector3d>& stretch = threadScratch<std::vector<Eigen::Vector3d>, struct StretchPlace>();
       stretchOf(motion, best.start, best.end, bestTilt, stretch);
       const float shape = stretch.size() < 2 ? std::numeric_limits<float>::infinity()
                                               : shapeDistance(stretch, static_cast<int>(g), skip);
@@ -527,7 +528,7 @@ void ContinuousDetector::consider(int index, float cost, double start, double en
 
 void ContinuousDetector::confirmCandidates() {
   pending_ = false;
-  thread_local std::vector<Eigen::Vector3d> stretch;
+  std::vector<Eigen::Vector3d>& stretch = threadScratch<std::vector<Eigen::Vector3d>, struct ConfirmPlace>();
   Detection best;
   double bestScore = std::numeric_limits<double>::infinity();
   for (size_t g = 0; g < candidates_.size(); ++g) {

@@ -72,6 +72,10 @@ int GestureRecognition::startTraining() {
   trainingState.store(kJobRequested);
   // Counted before the thread exists, so that no destructor can miss it.
   activeWorkers.fetch_add(1, std::memory_order_acq_rel);
+  // The worker's first step takes startMutex, held here until the thread is detached: no worker
+  // ends before it is detached, which MinGW's thread library does not survive (the next thread
+  // created may never run).
+  std::unique_lock<std::mutex> lock(startMutex);
   std::thread worker;
   try {
     worker = std::thread(trainingThread, this, trainingParameters);
@@ -87,10 +91,7 @@ int GestureRecognition::startTraining() {
   }
   worker.detach();
   // The timed wait makes a signal that came before the wait harmless.
-  while (trainingState.load() == kJobRequested) {
-    std::unique_lock<std::mutex> lock(startMutex);
-    startCondition.wait_for(lock, std::chrono::milliseconds(10));
-  }
+  while (trainingState.load() == kJobRequested) startCondition.wait_for(lock, std::chrono::milliseconds(10));
   return ReturnCode_Success;
 }
 

@@ -3,14 +3,13 @@
 // come back with its code, an index or a count; nothing may crash, hang or throw.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <climits>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <initializer_list>
 #include <limits>
@@ -576,13 +575,15 @@ void* createReporting(bool combination, JobEnd* end) {
 // code of its blocking form to its finish callback. A folder given as a path must survive.
 TEST(HostileValues, UnusablePathsInEveryFileFunction) {
   const std::string folder = scratchPath("folder"), unreadable = scratchPath("unreadable.zip");
-  ASSERT_EQ(::mkdir(folder.c_str(), 0700), 0);
+  ASSERT_TRUE(std::filesystem::create_directory(folder));
   std::FILE* file = std::fopen(unreadable.c_str(), "wb");
   ASSERT_NE(file, nullptr);
   std::fputs("not a gesture file\n", file);
   std::fclose(file);
-  ::chmod(unreadable.c_str(), 0);
-  const bool readable = ::access(unreadable.c_str(), R_OK) == 0;  // a privileged user reads it anyway
+  std::error_code ignored;
+  std::filesystem::permissions(unreadable, std::filesystem::perms::none, ignored);
+  // A privileged user reads it anyway, and so does everyone on Windows, where no permission hides it.
+  const bool readable = std::ifstream(unreadable, std::ios::binary).is_open();
   const std::string stem = scratchPath("long_");
   const struct {
     const char* name;
@@ -620,14 +621,14 @@ TEST(HostileValues, UnusablePathsInEveryFileFunction) {
             }));
           }
         }
-        struct stat info;
-        EXPECT_TRUE(::stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) << "the folder must survive";
+        EXPECT_TRUE(std::filesystem::is_directory(folder)) << "the folder must survive";
         (call.combination ? GestureCombinations_delete : GestureRecognition_delete)(handle);
       }
     }
   }
+  std::filesystem::permissions(unreadable, std::filesystem::perms::owner_all, ignored);
   std::remove(unreadable.c_str());
-  ::rmdir(folder.c_str());
+  std::filesystem::remove(folder);
 }
 
 }  // namespace

@@ -2,13 +2,12 @@
 // buffers and streams, imports by name, and the background forms with progress and cancelling.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
 #include <zip.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -51,7 +50,8 @@ class FileOperationsTest : public ::testing::Test {
   void TearDown() override {
     r->savingState = r->trainingState = kJobIdle;
     delete r;
-    for (const std::string& path : created) std::remove(path.c_str());
+    std::error_code ignored;
+    for (const std::string& path : created) std::filesystem::remove(std::filesystem::u8path(path), ignored);
   }
   std::string path(const std::string& name) {
     created.push_back(scratchPath(name));
@@ -108,6 +108,23 @@ TEST_F(FileOperationsTest, EveryKindOfSourceLoadsTheSameSet) {
   }
 }
 
+// Paths are UTF-8 text on every system: a name outside ASCII is one file for a save, a save that
+// replaces it and a load, and for a load of a bare text file.
+TEST_F(FileOperationsTest, NamesOutsideAsciiAreUtf8) {
+  const std::string archived = path("m\xC3\xA4rchen_\xE6\x89\x8B.dat");  // "märchen_手.dat"
+  for (int round = 0; round < 2; ++round) ASSERT_EQ(r->saveToFile(archived.c_str()), 0);
+  EXPECT_TRUE(std::filesystem::exists(std::filesystem::u8path(archived)));
+  Recognizer loaded = fresh();
+  ASSERT_EQ(loaded->loadFromFile(archived.c_str(), nullptr), 0);
+  expectSameSet(*loaded);
+
+  const std::string bare = path("b\xC3\xA4re.txt");
+  std::ofstream(std::filesystem::u8path(bare), std::ios::binary) << text();
+  Recognizer fromText = fresh();
+  ASSERT_EQ(fromText->loadFromFile(bare.c_str(), nullptr), 0);
+  expectSameSet(*fromText);
+}
+
 TEST_F(FileOperationsTest, FailuresReportTheirCodes) {
   Recognizer other = fresh();
   other->rotationalFrameOfReferenceRotationOrder = 5;
@@ -131,12 +148,12 @@ TEST_F(FileOperationsTest, FailuresReportTheirCodes) {
   // What cannot be removed cannot be replaced: a directory that holds a file stands in its place.
   const std::string directory = path("dir.dat");
   const std::string inner = directory + "/keep";
-  ASSERT_EQ(::mkdir(directory.c_str(), 0700), 0);
+  ASSERT_TRUE(std::filesystem::create_directory(directory));
   std::ofstream(inner) << "x";
   EXPECT_EQ(r->saveToFile(directory.c_str()), ReturnCode_CannotReplaceFile);
   EXPECT_EQ(readFile(inner), "x");
   std::remove(inner.c_str());
-  ::rmdir(directory.c_str());
+  std::filesystem::remove(directory);
 
   // A save in progress makes another save report -15, the other operations -17.
   r->savingState = kJobRunning;

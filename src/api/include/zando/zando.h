@@ -16,14 +16,22 @@
 #ifndef ZANDO_ZANDO_H
 #define ZANDO_ZANDO_H
 
+/* ZANDO_API marks the flat functions, ZANDO_CLASS_API the classes. A Windows DLL exports the flat
+ * face only: class layouts and names differ between the compilers of that platform, so a C++ host
+ * there takes an object from the flat create function and calls its virtual operations. Code that
+ * links the library's objects directly instead of the DLL defines ZANDO_STATIC. */
 #if defined(_WIN32)
 #  if defined(ZANDO_BUILDING_LIBRARY)
 #    define ZANDO_API __declspec(dllexport)
+#  elif defined(ZANDO_STATIC)
+#    define ZANDO_API
 #  else
 #    define ZANDO_API __declspec(dllimport)
 #  endif
+#  define ZANDO_CLASS_API
 #else
 #  define ZANDO_API __attribute__((visibility("default")))
+#  define ZANDO_CLASS_API ZANDO_API
 #endif
 
 #ifdef __cplusplus
@@ -87,11 +95,11 @@ typedef void (*GestureRecognition_DebugCallbackFunction)(const char* message, vo
 
 /* The class face. One concrete class implements it; create objects with IGestureRecognition::create
  * or GestureRecognition_create and delete them with delete or GestureRecognition_delete. */
-class ZANDO_API IGestureRecognition {
+class ZANDO_CLASS_API IGestureRecognition {
  public:
   /* User data hung on a gesture or on the whole set, saved and loaded with it. The library keeps
    * the pointer and never takes ownership (a load replaces and deletes the set's metadata). */
-  struct ZANDO_API Metadata {
+  struct ZANDO_CLASS_API Metadata {
     virtual ~Metadata();
     /* Writes the object; true on success. Must write nothing that readFromStream won't consume. */
     virtual bool writeToStream(std::ostream& stream) = 0;
@@ -100,7 +108,7 @@ class ZANDO_API IGestureRecognition {
   };
 
   /* A block of bytes, owned, for hosts without classes of their own. */
-  struct ZANDO_API DefaultMetadata : public Metadata {
+  struct ZANDO_CLASS_API DefaultMetadata : public Metadata {
     void* data = nullptr;
     int size = 0;
     DefaultMetadata() = default;
@@ -314,7 +322,7 @@ typedef IGestureRecognition::Metadata* (*GestureRecognition_MetadataCreatorFunct
  * combinations that name one gesture for each part. Create objects with IGestureCombinations::create
  * or GestureCombinations_create and delete them with delete or GestureCombinations_delete.
  * Operations that name a part take its index first; a bad index gives -2 unless noted. */
-class ZANDO_API IGestureCombinations {
+class ZANDO_CLASS_API IGestureCombinations {
  public:
   using Metadata = IGestureRecognition::Metadata;
   using MetadataCreatorFunction = IGestureRecognition::MetadataCreatorFunction;
