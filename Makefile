@@ -149,7 +149,7 @@ windows-sources:
 $(WINDOWS_LIBZIP)/lib/libzip.a:
 	@$(MAKE) --no-print-directory windows-deps windows-sources
 	rm -rf $(WINDOWS_LIBZIP) && mkdir -p $(WINDOWS_LIBZIP)/source
-	cd $(WINDOWS_LIBZIP)/source && apt-get source -qq libzip
+	cd $(WINDOWS_LIBZIP)/source && apt-get -o APT::Sandbox::User=root source -qq libzip
 	cmake -S $$(find $(WINDOWS_LIBZIP)/source -mindepth 1 -maxdepth 1 -type d -name 'libzip-*') -B $(WINDOWS_LIBZIP)/build \
 	  -DCMAKE_TOOLCHAIN_FILE=$(WINDOWS_TOOLCHAIN) -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=$(abspath $(WINDOWS_LIBZIP)) \
 	  -DCMAKE_C_FLAGS=-w -DBUILD_SHARED_LIBS=OFF -DZLIB_USE_STATIC_LIBS=ON \
@@ -172,7 +172,7 @@ build-windows: windows-libzip
 # The suite under Wine, then the set files across: each build reads what the other wrote. The
 # exchange runs whatever the suite said; either failing fails the target.
 test-windows: build-windows configure
-	$(WINE_RUN) wineboot --init
+	$(WINE_RUN) wineboot --init > $(WINDOWS_DIR)/wineboot.log 2>&1
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target file_exchange
 	@suite=0; ctest --test-dir $(WINDOWS_DIR) --output-on-failure -j $(JOBS) || suite=1; \
 	echo "== Set files across Linux and Windows"; \
