@@ -35,6 +35,7 @@ TSAN_TESTS ?= .
 # training that runs to its limit takes 20 s rather than 2.
 ARM64_DIR ?= build-arm64
 ARM64_TIME_SCALE ?= 10
+ARM64_EXCHANGE_DIR := $(abspath $(ARM64_DIR))/exchange
 ARM64_PACKAGES := g++-aarch64-linux-gnu qemu-user pkgconf:arm64 libc6:arm64 libstdc++6:arm64 libzip-dev:arm64 \
                   zlib1g-dev:arm64 libgtest-dev:arm64 libbenchmark-dev:arm64 libfmt-dev:arm64
 
@@ -49,7 +50,7 @@ WINE_RUN := env WINEPREFIX=$(abspath $(WINDOWS_DIR))/wineprefix WINEDEBUG=-all W
 EXCHANGE_DIR := $(abspath $(WINDOWS_DIR))/exchange
 
 .PHONY: all deps fuzz-deps arm64-deps windows-deps configure build test test-arm64 demo bench sanitize tsan fuzz \
-        windows-sources windows-libzip build-windows test-windows dist clean
+        windows-sources windows-libzip build-arm64 build-windows test-windows dist clean
 
 all: build
 
@@ -88,10 +89,21 @@ build: configure
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
 
-test-arm64: arm64-deps
+build-arm64: arm64-deps
 	cmake -S . -B $(ARM64_DIR) -DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/aarch64-linux-gnu.cmake
 	cmake --build $(ARM64_DIR) -j $(JOBS)
-	ZANDO_TEST_TIME_SCALE=$(ARM64_TIME_SCALE) ctest --test-dir $(ARM64_DIR) --output-on-failure -j $(JOBS)
+
+# The suite under qemu, then the set files across, as for Windows.
+test-arm64: build-arm64 configure
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target file_exchange
+	@suite=0; ZANDO_TEST_TIME_SCALE=$(ARM64_TIME_SCALE) ctest --test-dir $(ARM64_DIR) --output-on-failure -j $(JOBS) || suite=1; \
+	echo "== Set files across x86-64 and arm64"; \
+	rm -rf $(ARM64_EXCHANGE_DIR) && mkdir -p $(ARM64_EXCHANGE_DIR) && \
+	$(BUILD_DIR)/tests/exchange/file_exchange write $(ARM64_EXCHANGE_DIR)/x86_64 && \
+	qemu-aarch64 $(ARM64_DIR)/tests/exchange/file_exchange write $(ARM64_EXCHANGE_DIR)/arm64 && \
+	qemu-aarch64 $(ARM64_DIR)/tests/exchange/file_exchange check $(ARM64_EXCHANGE_DIR)/x86_64 && \
+	$(BUILD_DIR)/tests/exchange/file_exchange check $(ARM64_EXCHANGE_DIR)/arm64 && \
+	exit $$suite
 
 demo: build
 	$(BUILD_DIR)/tools/zando_demo
@@ -183,5 +195,16 @@ test-windows: build-windows configure
 	$(BUILD_DIR)/tests/exchange/file_exchange check $(EXCHANGE_DIR)/windows && \
 	exit $$suite
 
+# One bundle a platform in $(DIST_DIR): what `cmake --install` puts in a prefix, the C# binding,
+# the licence texts of what is compiled or linked in (Debian's copyright files), and a README.
+DIST_DIR ?= dist
+DIST_LINUX_LICENCES := libzip4 libeigen3-dev
+DIST_WINDOWS_LICENCES := libzip4 libz-mingw-w64-dev libeigen3-dev g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev
+dist: build build-arm64 build-windows
+	mkdir -p $(DIST_DIR)
+	tools/dist.sh linux-x86_64 $(BUILD_DIR) $(DIST_DIR) $(DIST_LINUX_LICENCES)
+	tools/dist.sh linux-arm64 $(ARM64_DIR) $(DIST_DIR) $(DIST_LINUX_LICENCES)
+	tools/dist.sh windows-x86_64 $(WINDOWS_DIR) $(DIST_DIR) $(DIST_WINDOWS_LICENCES)
+
 clean:
-	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(TSAN_DIR) $(FUZZ_DIR) $(ARM64_DIR) $(WINDOWS_DIR)
+	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(TSAN_DIR) $(FUZZ_DIR) $(ARM64_DIR) $(WINDOWS_DIR) $(DIST_DIR)

@@ -22,7 +22,7 @@ stage="$out/$name"
 rm -rf "$stage"
 mkdir -p "$stage"
 
-cmake --install "$build" --prefix "$stage" >/dev/null
+cmake --install "$build" --prefix "$stage" --strip >/dev/null
 mkdir -p "$stage/bindings/csharp" "$stage/licences"
 cp "$root/bindings/csharp/Zando.cs" "$stage/bindings/csharp/"
 for package in "$@"; do
@@ -38,8 +38,9 @@ case $platform in
   windows-*)
     library="bin/zando.dll (import library: lib/libzando.dll.a)"
     needs="Nothing beyond Windows itself: the compiler runtime and the ZIP library are linked in."
-    use="Put bin/zando.dll next to bindings/csharp/Zando.cs in the engine project (for Unity: both under
-Assets/Plugins/x86_64), or link lib/libzando.dll.a from C or C++ and ship bin/zando.dll with the program."
+    use="From C#: put bin/zando.dll and bindings/csharp/Zando.cs in the engine project (the DLL in its
+folder for 64-bit Windows plug-ins). From C or C++: link lib/libzando.dll.a (or find_package(Zando)
+with this folder on CMAKE_PREFIX_PATH) and ship bin/zando.dll with the program."
     ;;
   *)
     library="lib/libzando.so"
