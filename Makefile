@@ -49,6 +49,18 @@ WINE_RUN := env WINEPREFIX=$(abspath $(WINDOWS_DIR))/wineprefix WINEDEBUG=-all W
 # The set files that each build writes and the other reads.
 EXCHANGE_DIR := $(abspath $(WINDOWS_DIR))/exchange
 
+# Set files across two builds, in a recipe's shell: the native build and the other one (run as
+# the fourth argument says) each write theirs into the folder, then each checks the other's.
+# $(call exchange_sets,NATIVE NAME,OTHER NAME,FOLDER,OTHER COMMAND)
+define exchange_sets
+echo "== Set files across $(1) and $(2)"; \
+rm -rf $(3) && mkdir -p $(3) && \
+$(BUILD_DIR)/tests/exchange/file_exchange write $(3)/$(1) && \
+$(4) write $(3)/$(2) && \
+$(4) check $(3)/$(1) && \
+$(BUILD_DIR)/tests/exchange/file_exchange check $(3)/$(2)
+endef
+
 .PHONY: all deps fuzz-deps arm64-deps windows-deps configure build test test-arm64 demo bench sanitize tsan fuzz \
         windows-sources windows-libzip build-arm64 build-windows test-windows dist clean
 
@@ -97,12 +109,7 @@ build-arm64: arm64-deps
 test-arm64: build-arm64 configure
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target file_exchange
 	@suite=0; ZANDO_TEST_TIME_SCALE=$(ARM64_TIME_SCALE) ctest --test-dir $(ARM64_DIR) --output-on-failure -j $(JOBS) || suite=1; \
-	echo "== Set files across x86-64 and arm64"; \
-	rm -rf $(ARM64_EXCHANGE_DIR) && mkdir -p $(ARM64_EXCHANGE_DIR) && \
-	$(BUILD_DIR)/tests/exchange/file_exchange write $(ARM64_EXCHANGE_DIR)/x86_64 && \
-	qemu-aarch64 $(ARM64_DIR)/tests/exchange/file_exchange write $(ARM64_EXCHANGE_DIR)/arm64 && \
-	qemu-aarch64 $(ARM64_DIR)/tests/exchange/file_exchange check $(ARM64_EXCHANGE_DIR)/x86_64 && \
-	$(BUILD_DIR)/tests/exchange/file_exchange check $(ARM64_EXCHANGE_DIR)/arm64 && \
+	$(call exchange_sets,x86-64,arm64,$(ARM64_EXCHANGE_DIR),qemu-aarch64 $(ARM64_DIR)/tests/exchange/file_exchange) && \
 	exit $$suite
 
 demo: build
@@ -187,12 +194,7 @@ test-windows: build-windows configure
 	$(WINE_RUN) wineboot --init > $(WINDOWS_DIR)/wineboot.log 2>&1
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target file_exchange
 	@suite=0; ctest --test-dir $(WINDOWS_DIR) --output-on-failure -j $(JOBS) || suite=1; \
-	echo "== Set files across Linux and Windows"; \
-	rm -rf $(EXCHANGE_DIR) && mkdir -p $(EXCHANGE_DIR) && \
-	$(BUILD_DIR)/tests/exchange/file_exchange write $(EXCHANGE_DIR)/linux && \
-	$(WINE_RUN) $(WINDOWS_DIR)/bin/file_exchange.exe write $(EXCHANGE_DIR)/windows && \
-	$(WINE_RUN) $(WINDOWS_DIR)/bin/file_exchange.exe check $(EXCHANGE_DIR)/linux && \
-	$(BUILD_DIR)/tests/exchange/file_exchange check $(EXCHANGE_DIR)/windows && \
+	$(call exchange_sets,Linux,Windows,$(EXCHANGE_DIR),$(WINE_RUN) $(WINDOWS_DIR)/bin/file_exchange.exe) && \
 	exit $$suite
 
 # One bundle a platform in $(DIST_DIR): what `cmake --install` puts in a prefix, the C# binding,
