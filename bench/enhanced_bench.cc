@@ -32,13 +32,13 @@ void drawGesture(void* gro, int gesture, std::mt19937& rng, int points = 90) {
   }
 }
 
-void* enhancedSet() {
+void* enhancedSet(int gestures = kGestures, int samples = kSamples) {
   std::mt19937 rng(1);
   void* gro = GestureRecognition_create();
   GestureRecognition_setEnhancedRecognition(gro, 1);
-  for (int g = 0; g < kGestures; ++g) {
+  for (int g = 0; g < gestures; ++g) {
     GestureRecognition_createGesture(gro, "gesture", nullptr);
-    for (int s = 0; s < kSamples; ++s) {
+    for (int s = 0; s < samples; ++s) {
       GestureRecognition_startStroke(gro, kHead, kFacing, g);
       drawGesture(gro, g, rng);
       GestureRecognition_endStroke(gro, nullptr, nullptr, nullptr, nullptr, nullptr);
@@ -47,8 +47,11 @@ void* enhancedSet() {
   return gro;
 }
 
+// state.range(0) gestures of state.range(1) samples each: the common set, and a pre-trained set
+// shipped to every user (many samples from many people).
 void BM_EnhancedEndStroke(benchmark::State& state) {
-  void* gro = enhancedSet();
+  const int gestures = static_cast<int>(state.range(0));
+  void* gro = enhancedSet(gestures, static_cast<int>(state.range(1)));
   std::mt19937 rng(2);
   int gesture = 0, correct = 0, total = 0;
   for (auto _ : state) {
@@ -59,13 +62,13 @@ void BM_EnhancedEndStroke(benchmark::State& state) {
     const auto end = Clock::now();
     correct += identified == gesture ? 1 : 0;
     ++total;
-    gesture = (gesture + 1) % kGestures;
+    gesture = (gesture + 1) % gestures;
     state.SetIterationTime(std::chrono::duration<double>(end - begin).count());
   }
   state.counters["correct_share"] = total > 0 ? static_cast<double>(correct) / total : 0.0;
   GestureRecognition_delete(gro);
 }
-BENCHMARK(BM_EnhancedEndStroke)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_EnhancedEndStroke)->Args({kGestures, kSamples})->Args({10, 90})->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 // A running motion of one gesture after another, a point and a call every 11 ms (busy-waiting, as
 // in the plain mode's frame loop); the median of the calls.

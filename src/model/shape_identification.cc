@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -13,12 +15,29 @@ namespace zando {
 namespace {
 
 struct Candidate {
-  float bound;
   int gesture;
   const WarpingQuery* path;
-  // Index of the candidate's place bounds.
-  size_t slot;
 };
+
+// Candidates are ordered by their bound through keys: the bound's bits (which order as the bound
+// does, for bounds of zero and above) above the candidate's index.
+uint64_t orderKey(float bound, size_t index) {
+  if (!(bound > 0.0f)) bound = 0.0f;  // no sign bit, and a bound that is not a number comes first
+  uint32_t bits = 0;
+  std::memcpy(&bits, &bound, sizeof(bits));
+  return static_cast<uint64_t>(bits) << 32 | static_cast<uint64_t>(index);
+}
+
+float boundOfKey(uint64_t key) {
+  const uint32_t bits = static_cast<uint32_t>(key >> 32);
+  float bound = 0.0f;
+  std::memcpy(&bound, &bits, sizeof(bound));
+  return bound;
+}
+
+// Candidates are put in order this many at a time: the nearest is usually among the first few
+// dozen, and the rest never need ordering.
+constexpr size_t kOrderedAtOnce = 64;
 
 // How sharply the probabilities fall with the ratio of a distance to the nearest one: a gesture
 // 10 % farther than the nearest keeps e^-1 of its weight.
@@ -34,10 +53,12 @@ bool shapeMatchingApplies(const GestureModel& model) {
   return false;
 }
 
-int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances) {
+int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances,
+                          const Stroke* leaveOut) {
   constexpr float kFar = std::numeric_limits<float>::infinity();
   StrokeShape& query = threadScratch<StrokeShape, struct QueryPlace>();
   std::vector<Candidate>& candidates = threadScratch<std::vector<Candidate>, struct CandidatesPlace>();
+  std::vector<uint64_t>& order = threadScratch<std::vector<uint64_t>, struct OrderPlace>();
   std::vector<PlaceValues>& bounds = threadScratch<std::vector<PlaceValues>, struct BoundsPlace>();
   std::vector<float>& nearestOf = threadScratch<std::vector<float>, struct NearestPlace>();
   makeStrokeShape(stroke, model.parameters, false, query);
@@ -46,19 +67,22 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   // at once, and skips every sample whose bound cannot beat what its gesture (or, when only the
   // nearest gesture is asked for, any gesture) has found.
   candidates.clear();
-  bounds.clear();
+  order.clear();
+  size_t samples = 0;
+  for (const Gesture* gesture : model.gestures) samples += gesture->gestureSamples.size();
+  // Grown, never shrunk: the per-place bounds of every sample are kept for the warping.
+  if (bounds.size() < samples) bounds.resize(samples);
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
     for (const Stroke* sample : gesture.gestureSamples) {
+      if (sample == leaveOut) continue;
       const StrokeShape& shape = storedShape(*sample, model.parameters);
-      bounds.emplace_back();
-      const float bound = placeBounds(query.path, shape.envelope, bounds.back());
-      candidates.push_back({bound, g, &shape.path, bounds.size() - 1});
+      const float bound = placeBounds(query.path, shape.envelope, bounds[candidates.size()]);
+      order.push_back(orderKey(bound, candidates.size()));
+      candidates.push_back({g, &shape.path});
     }
   }
-  std::sort(candidates.begin(), candidates.end(),
-            [](const Candidate& a, const Candidate& b) { return a.bound < b.bound; });
 
   const bool perGesture = distances != nullptr;
   nearestOf.assign(perGesture ? static_cast<size_t>(model.gestureCount()) : 1, kFar);
@@ -69,18 +93,28 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   WarpingLane batch[kShapeLanes];
   int batchGesture[kShapeLanes];
   float found[kShapeLanes];
-  for (size_t next = 0; next < candidates.size();) {
+  size_t ordered = 0;
+  for (size_t next = 0; next < order.size();) {
     int count = 0;
-    for (; next < candidates.size() && count < kShapeLanes; ++next) {
-      const Candidate& candidate = candidates[next];
+    for (; next < order.size() && count < kShapeLanes; ++next) {
+      if (next == ordered) {
+        ordered = std::min(order.size(), next + kOrderedAtOnce);
+        const auto from = order.begin() + static_cast<std::ptrdiff_t>(next);
+        const auto to = order.begin() + static_cast<std::ptrdiff_t>(ordered);
+        std::nth_element(from, to - 1, order.end());
+        std::sort(from, to);
+      }
+      const float bound = boundOfKey(order[next]);
+      const size_t index = static_cast<size_t>(order[next] & 0xffffffffu);
+      const Candidate& candidate = candidates[index];
       const float limit = nearestFor(candidate.gesture);
-      if (candidate.bound > limit) {
-        // The bounds are sorted: past the overall nearest, no later sample can come closer.
+      if (bound > limit) {
+        // The bounds are in order: past the overall nearest, no later sample can come closer.
         if (perGesture) continue;
-        next = candidates.size();
+        next = order.size();
         break;
       }
-      batch[count] = {candidate.path, &bounds[candidate.slot], limit};
+      batch[count] = {candidate.path, &bounds[index], limit};
       batchGesture[count++] = candidate.gesture;
     }
     if (count == 0) break;

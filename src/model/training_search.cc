@@ -5,6 +5,7 @@
 
 #include "features/model_parameters.h"
 #include "model/model_statistics.h"
+#include "model/shape_identification.h"
 #include "spatial/random.h"
 
 namespace zando {
@@ -56,6 +57,7 @@ class Search {
   void change(int id, bool grow);
   void redraw();
   void complete(NeuralNetwork& best);
+  void finishByShape();
 
   TrainingHost& host_;
   GestureModel& model_;
@@ -110,6 +112,11 @@ void Search::run() {
   applyTrainingParameters(p);
   params_ = p;
   acceptedParams_ = p;
+
+  if (shapeMatchingApplies(model_)) {
+    finishByShape();
+    return;
+  }
 
   if (!buildTrainingData(model_.gestures, data_, params_, &model_.networkInvalid)) {
     abandonNetwork(model_, 0.0);
@@ -279,6 +286,21 @@ void Search::redraw() {
     if (isFree(TrainingParameter_FeatureFlagB)) params_.featureFlagB = 1 - params_.featureFlagB;
   }
   needsRebuild_ = true;
+}
+
+// The enhanced mode identifies by the shapes of the stored samples, which a network adds nothing
+// to: the run keeps what the mode does use (the gesture statistics behind similarity values) and
+// scores the samples against one another, without a network.
+void Search::finishByShape() {
+  model_.weights.clear();
+  model_.layerBuffers.clear();
+  model_.networkInvalid = true;
+  model_.trainingCost = 0.0;
+  model_.validationCost = 0.0;
+  computeGestureMeans(model_);
+  model_.recognitionScore =
+      shapeSelfScore(model_, [this] { return !trainingStopRequested(host_) && !trainingTimeUp(host_); });
+  reportTrainingUpdate(host_, model_.recognitionScore);
 }
 
 void Search::complete(NeuralNetwork& best) {

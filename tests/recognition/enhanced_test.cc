@@ -2,6 +2,7 @@
 // files, and continuous identification with it.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <memory>
 #include <random>
@@ -11,6 +12,7 @@
 #include "recognition/gesture_recognition.h"
 #include "recognizer_fixture.h"
 #include "scratch_files.h"
+#include "waiting.h"
 
 namespace zando {
 namespace {
@@ -104,6 +106,25 @@ TEST(EnhancedRecognitionTest, TellsApartTurnedCopiesFromTwoSamplesEach) {
   ASSERT_EQ(n, 4);
   EXPECT_NEAR(p[0] + p[1] + p[2] + p[3], 1.0, 1e-9);
   EXPECT_GT(p[2], 0.5);
+}
+
+// The mode needs no network: training ends at once, scored by how the samples identify one
+// another, and leaves the statistics behind similarity values.
+TEST(EnhancedRecognitionTest, TrainingEndsAtOnceWithTheSamplesScore) {
+  std::mt19937 rng(3);
+  std::unique_ptr<GestureRecognition> r = turnedVSet(rng);
+  ASSERT_EQ(r->setEnhancedRecognition(1), ReturnCode_Success);
+  r->maxTrainingTime = 60;
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_EQ(r->startTraining(), ReturnCode_Success);
+  ASSERT_TRUE(waitUntil([&] { return !r->isTraining(); }, 10));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_GE(r->recognitionScore(false), 0.75);
+  EXPECT_GE(correctOf40(*r, rng), 39);
+  double similarity = -1.0;
+  performTurnedV(*r, 1, -1, rng);
+  EXPECT_EQ(endWithSimilarity(*r, &similarity), 1);
+  EXPECT_GT(similarity, 0.0);
 }
 
 TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
