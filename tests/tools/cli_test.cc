@@ -7,6 +7,7 @@
 #include <cmath>
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -116,6 +117,19 @@ TEST(CommandLineTest, ARecordingTrainsAndIsDescribedEvaluatedAndDrawn) {
   ASSERT_EQ(byUser.exitCode, 0) << byUser.output;
   EXPECT_NE(byUser.output.find("new user"), std::string::npos);
   EXPECT_NE(byUser.output.find("2 trainings"), std::string::npos);  // one for each left-out subject
+
+  // A folder: each recording in it (not other files) at each training size, in one table.
+  const std::filesystem::path folder = scratchPath("recordings");
+  std::filesystem::create_directories(folder);
+  for (const char* name : {"b.csv", "a.csv"}) std::filesystem::copy_file(csv, folder / name);
+  std::ofstream(folder / "notes.txt") << "not a recording\n";
+  const Outcome table = run("eval " + folder.string() + " --train-per-class 2,3 --trials 1 --seconds 1 --enhanced");
+  ASSERT_EQ(table.exitCode, 0) << table.output;
+  const size_t a = table.output.find("a.csv"), b = table.output.find("b.csv"), pooled = table.output.find("pooled");
+  EXPECT_TRUE(a < b && b < pooled && pooled != std::string::npos) << table.output;
+  EXPECT_NE(table.output.find("T = 3"), std::string::npos);
+  EXPECT_EQ(table.output.find("notes"), std::string::npos);
+  std::filesystem::remove_all(folder);
 
   const std::string svg = scratchPath("gestures.svg");
   ASSERT_EQ(run("plot " + set + " -o " + svg).exitCode, 0);

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace cli {
 
 // The symbolic name of a return code, "ReturnCode_InvalidFile" for -4.
@@ -34,8 +36,10 @@ struct TrainOptions {
 int runTrain(const TrainOptions& options);
 
 struct EvalOptions {
-  std::string recording;
+  std::string recording;  // a recording, or a folder of them (every .csv in it)
   int trainPerClass = 4;
+  // Several training sizes, measured in turn into one table; empty: trainPerClass alone.
+  std::vector<int> trainPerClassList;
   int trials = 2;
   int seconds = 5;
   bool bySubject = false;
@@ -70,8 +74,11 @@ std::vector<EvalJob> makeEvalJobs(const Recording& recording, const EvalOptions&
 void runInParallel(size_t count, int workers, bool quiet, const std::function<void(size_t)>& work);
 // The value below which `share` of the values lie; 0 for none.
 double percentile(std::vector<double> values, double share);
-// `zando eval --continuous`, on the recording and jobs that runEval prepared.
-int runContinuousEval(const EvalOptions& options, const Recording& recording, const std::vector<EvalJob>& jobs);
+// `zando eval --continuous`, on the recording and jobs that runEval prepared: what --json shows,
+// and its text form.
+nlohmann::json measureContinuous(const EvalOptions& options, const Recording& recording,
+                                 const std::vector<EvalJob>& jobs);
+void printContinuous(const EvalOptions& options, const nlohmann::json& result);
 
 // A training finish callback that sets the std::atomic<bool> it is handed.
 inline void markDone(double, void* done) { static_cast<std::atomic<bool>*>(done)->store(true); }

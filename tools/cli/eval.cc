@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <mutex>
 #include <numeric>
 #include <random>
@@ -134,20 +135,10 @@ void runInParallel(size_t count, int workers, bool quiet, const std::function<vo
   if (!quiet) progress.finish(fmt::format("{} of {} trainings", count, count));
 }
 
-int runEval(const EvalOptions& options) {
-  Recording recording;
-  std::string error;
-  if (!readRecording(options.recording, recording, error)) {
-    fmt::print(stderr, "zando: {}\n", error);
-    return 1;
-  }
-  const std::vector<EvalJob> jobs = makeEvalJobs(recording, options);
-  if (jobs.empty()) {
-    fmt::print(stderr, "zando: no subject has samples left to test with {} per gesture for training\n",
-               options.trainPerClass);
-    return 1;
-  }
-  if (options.continuous) return runContinuousEval(options, recording, jobs);
+namespace {
+
+nlohmann::json measureIdentification(const EvalOptions& options, const Recording& recording,
+                                     const std::vector<EvalJob>& jobs) {
   const size_t gestures = recording.gestures.size();
   std::vector<JobResult> results(jobs.size());
   runInParallel(jobs.size(), options.jobs, options.json,
@@ -158,14 +149,17 @@ int runEval(const EvalOptions& options) {
   std::vector<std::vector<int>> confusion(gestures, std::vector<int>(gestures + 1, 0));
   std::vector<double> latencies;
   double trainingSeconds = 0.0;
+  int correct = 0, total = 0;
   for (int trial = 0; trial < options.trials; ++trial) {
-    int correct = 0, total = 0;
+    int trialCorrect = 0, trialTotal = 0;
     for (size_t j = 0; j < jobs.size(); ++j) {
       if (jobs[j].trial != trial) continue;
-      correct += results[j].correct;
-      total += results[j].total;
+      trialCorrect += results[j].correct;
+      trialTotal += results[j].total;
     }
-    if (total > 0) accuracy.push_back(static_cast<double>(correct) / total);
+    if (trialTotal > 0) accuracy.push_back(static_cast<double>(trialCorrect) / trialTotal);
+    correct += trialCorrect;
+    total += trialTotal;
   }
   for (const JobResult& result : results) {
     for (size_t g = 0; g < gestures; ++g) {
@@ -178,42 +172,182 @@ int runEval(const EvalOptions& options) {
   double spread = 0.0;
   for (double a : accuracy) spread += (a - mean) * (a - mean);
   spread = accuracy.size() > 1 ? std::sqrt(spread / (accuracy.size() - 1)) : 0.0;
-  const double meanLatency = std::accumulate(latencies.begin(), latencies.end(), 0.0) / latencies.size();
-  const double p95Latency = percentile(latencies, 0.95);
-  const double meanTraining = trainingSeconds / jobs.size();
-  const char* protocol = options.bySubject ? "new user (leave one subject out)" : "same user";
 
-  if (options.json) {
-    nlohmann::json out;
-    out["recording"] = options.recording;
-    out["protocol"] = options.bySubject ? "new-user" : "same-user";
-    out["train_per_class"] = options.trainPerClass;
-    out["enhanced"] = options.enhanced;
-    out["trials"] = options.trials;
-    out["training_seconds_limit"] = options.seconds;
-    out["accuracy"] = {{"mean", mean}, {"stddev", spread}, {"per_trial", accuracy}};
-    out["latency_us"] = {{"mean", meanLatency}, {"p95", p95Latency}};
-    out["training_seconds_mean"] = meanTraining;
-    out["gestures"] = recording.gestures;
-    out["confusion"] = confusion;
-    fmt::print("{}\n", out.dump(2));
-    return 0;
-  }
+  nlohmann::json out;
+  out["recording"] = options.recording;
+  out["protocol"] = options.bySubject ? "new-user" : "same-user";
+  out["train_per_class"] = options.trainPerClass;
+  out["enhanced"] = options.enhanced;
+  out["trials"] = options.trials;
+  out["training_seconds_limit"] = options.seconds;
+  out["accuracy"] = {{"mean", mean}, {"stddev", spread}, {"per_trial", accuracy}};
+  out["counts"] = {{"correct", correct}, {"tested", total}};
+  out["latency_us"] = {{"mean", std::accumulate(latencies.begin(), latencies.end(), 0.0) / latencies.size()},
+                       {"p95", percentile(latencies, 0.95)}};
+  out["training_seconds_mean"] = trainingSeconds / jobs.size();
+  out["gestures"] = recording.gestures;
+  out["confusion"] = confusion;
+  out["jobs"] = jobs.size();
+  return out;
+}
+
+void printIdentification(const EvalOptions& options, const nlohmann::json& out) {
+  const char* protocol = options.bySubject ? "new user (leave one subject out)" : "same user";
   fmt::print("{}: {}{}, {} per gesture for training, {} trials, {} trainings of at most {} s\n", options.recording,
              protocol, options.enhanced ? ", enhanced recognition" : "", options.trainPerClass, options.trials,
-             jobs.size(), options.seconds);
-  fmt::print("  accuracy        {:.1f} % (spread over trials {:.1f} %)\n", 100 * mean, 100 * spread);
-  fmt::print("  identification  {:.1f} us mean, {:.1f} us at the 95th percentile\n", meanLatency, p95Latency);
-  fmt::print("  training        {:.1f} s mean per set\n", meanTraining);
+             out["jobs"].get<size_t>(), options.seconds);
+  fmt::print("  accuracy        {:.1f} % (spread over trials {:.1f} %)\n", 100 * out["accuracy"]["mean"].get<double>(),
+             100 * out["accuracy"]["stddev"].get<double>());
+  fmt::print("  identification  {:.1f} us mean, {:.1f} us at the 95th percentile\n",
+             out["latency_us"]["mean"].get<double>(), out["latency_us"]["p95"].get<double>());
+  fmt::print("  training        {:.1f} s mean per set\n", out["training_seconds_mean"].get<double>());
   fmt::print("  confusion (rows performed, columns identified, last column no answer)\n        ");
-  for (size_t h = 0; h < gestures; ++h) fmt::print("{:>7.6}", recording.gestures[h]);
+  const std::vector<std::string> gestures = out["gestures"];
+  const std::vector<std::vector<int>> confusion = out["confusion"];
+  for (const std::string& gesture : gestures) fmt::print("{:>7.6}", gesture);
   fmt::print("{:>7}\n", "none");
-  for (size_t g = 0; g < gestures; ++g) {
-    fmt::print("  {:<6.6}", recording.gestures[g]);
-    for (size_t h = 0; h <= gestures; ++h) fmt::print("{:>7}", confusion[g][h]);
+  for (size_t g = 0; g < gestures.size(); ++g) {
+    fmt::print("  {:<6.6}", gestures[g]);
+    for (int count : confusion[g]) fmt::print("{:>7}", count);
     fmt::print("\n");
   }
-  return 0;
+}
+
+// The recording, or every recording (.csv) in a folder, in name order.
+std::vector<std::string> recordingsAt(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_directory(std::filesystem::u8path(path), error)) return {path};
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::u8path(path), error)) {
+    if (entry.is_regular_file(error) && entry.path().extension() == ".csv") files.push_back(entry.path().u8string());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+// One measurement: the JSON of a single run, or null with a message on failure.
+nlohmann::json measure(const EvalOptions& options) {
+  Recording recording;
+  std::string error;
+  if (!readRecording(options.recording, recording, error)) {
+    fmt::print(stderr, "zando: {}\n", error);
+    return nullptr;
+  }
+  const std::vector<EvalJob> jobs = makeEvalJobs(recording, options);
+  if (jobs.empty()) {
+    fmt::print(stderr, "zando: {}: no subject has samples left to test with {} per gesture for training\n",
+               options.recording, options.trainPerClass);
+    return nullptr;
+  }
+  return options.continuous ? measureContinuous(options, recording, jobs)
+                            : measureIdentification(options, recording, jobs);
+}
+
+// What a table cell shows: accuracy, or F1 for detection, in percent; and the counts behind it
+// that a pooled row adds up (right answers, and what they are out of).
+double cellValue(const EvalOptions& options, const nlohmann::json& result) {
+  return 100 * (options.continuous ? result["f1"].get<double>() : result["accuracy"]["mean"].get<double>());
+}
+
+}  // namespace
+
+int runEval(const EvalOptions& options) {
+  const std::vector<std::string> recordings = recordingsAt(options.recording);
+  const std::vector<int> sizes = options.trainPerClassList.empty() ? std::vector<int>{options.trainPerClass}
+                                                                   : options.trainPerClassList;
+  if (recordings.empty()) {
+    fmt::print(stderr, "zando: no recording (.csv) in {}\n", options.recording);
+    return 1;
+  }
+  if (recordings.size() == 1 && sizes.size() == 1) {
+    EvalOptions one = options;
+    one.recording = recordings.front();
+    one.trainPerClass = sizes.front();
+    const nlohmann::json result = measure(one);
+    if (result.is_null()) return 1;
+    if (options.json) {
+      nlohmann::json shown = result;
+      shown.erase("jobs");
+      fmt::print("{}\n", shown.dump(2));
+    } else {
+      options.continuous ? printContinuous(one, result) : printIdentification(one, result);
+    }
+    return 0;
+  }
+
+  // One table: a row per recording, a column per training size, and the pooled row (every test
+  // of every recording counted alike) under them.
+  std::vector<std::vector<nlohmann::json>> results(recordings.size());
+  std::vector<double> pooledRight(sizes.size(), 0.0), pooledOf(sizes.size(), 0.0);
+  int failures = 0;
+  for (size_t r = 0; r < recordings.size(); ++r) {
+    for (size_t t = 0; t < sizes.size(); ++t) {
+      EvalOptions one = options;
+      one.recording = recordings[r];
+      one.trainPerClass = sizes[t];
+      one.json = true;  // no progress lines between the rows
+      if (!options.json) fmt::print(stderr, "{}, {} per gesture ...\n", recordings[r], sizes[t]);
+      nlohmann::json result = measure(one);
+      if (result.is_null()) {
+        ++failures;
+      } else if (options.continuous) {
+        pooledRight[t] += 2.0 * result["counts"]["correct"].get<double>();
+        pooledOf[t] += result["counts"]["samples"].get<double>() + result["counts"]["detections"].get<double>();
+      } else {
+        pooledRight[t] += result["counts"]["correct"].get<double>();
+        pooledOf[t] += result["counts"]["tested"].get<double>();
+      }
+      results[r].push_back(std::move(result));
+    }
+  }
+  const char* measured = options.continuous ? "F1" : "accuracy";
+  if (options.json) {
+    nlohmann::json out;
+    out["folder"] = options.recording;
+    out["protocol"] = options.bySubject ? "new-user" : "same-user";
+    out["enhanced"] = options.enhanced;
+    out["continuous"] = options.continuous;
+    out["train_per_class"] = sizes;
+    out["measure"] = measured;
+    out["results"] = nlohmann::json::array();
+    for (size_t r = 0; r < recordings.size(); ++r) {
+      for (nlohmann::json& result : results[r]) {
+        if (!result.is_null()) result.erase("jobs");
+      }
+      out["results"].push_back({{"recording", recordings[r]}, {"by_train_per_class", results[r]}});
+    }
+    std::vector<double> pooled;
+    for (size_t t = 0; t < sizes.size(); ++t) pooled.push_back(pooledOf[t] > 0.0 ? pooledRight[t] / pooledOf[t] : 0.0);
+    out["pooled"] = pooled;
+    fmt::print("{}\n", out.dump(2));
+    return failures > 0 ? 1 : 0;
+  }
+  fmt::print("{}: {}{}{}, {} trials; {} in % by samples of each gesture for training\n", options.recording,
+             options.bySubject ? "new user (leave one subject out)" : "same user",
+             options.continuous ? ", continuous detection" : "", options.enhanced ? ", enhanced recognition" : "",
+             options.trials, measured);
+  size_t width = 6;
+  for (const std::string& recording : recordings) {
+    width = std::max(width, std::filesystem::u8path(recording).filename().u8string().size());
+  }
+  fmt::print("  {:<{}}", "", width);
+  for (int size : sizes) fmt::print("{:>9}", fmt::format("T = {}", size));
+  fmt::print("\n");
+  for (size_t r = 0; r < recordings.size(); ++r) {
+    fmt::print("  {:<{}}", std::filesystem::u8path(recordings[r]).filename().u8string(), width);
+    for (const nlohmann::json& result : results[r]) {
+      if (result.is_null()) {
+        fmt::print("{:>9}", "-");
+      } else {
+        fmt::print("{:>9.1f}", cellValue(options, result));
+      }
+    }
+    fmt::print("\n");
+  }
+  fmt::print("  {:<{}}", "pooled", width);
+  for (size_t t = 0; t < sizes.size(); ++t) fmt::print("{:>9.1f}", pooledOf[t] > 0.0 ? 100 * pooledRight[t] / pooledOf[t] : 0.0);
+  fmt::print("\n");
+  return failures > 0 ? 1 : 0;
 }
 
 }  // namespace cli

@@ -412,7 +412,7 @@ double harmonicMean(double a, double b) { return a + b > 0.0 ? 2.0 * a * b / (a 
 
 }  // namespace
 
-int runContinuousEval(const EvalOptions& options, const Recording& recording, const std::vector<EvalJob>& jobs) {
+nlohmann::json measureContinuous(const EvalOptions& options, const Recording& recording, const std::vector<EvalJob>& jobs) {
   std::vector<TrialPlan> plans;
   std::vector<int> untrained;
   for (int trial = 0; trial < options.trials; ++trial) {
@@ -459,11 +459,9 @@ int runContinuousEval(const EvalOptions& options, const Recording& recording, co
   const double nonGestureMinutes = all.nonGestureSeconds / 60.0;
   const double alarmsPerMinute = ratio(falseAlarms, nonGestureMinutes);
   const double meanTraining = all.trainingSeconds / jobs.size();
-  const char* protocol = options.bySubject ? "new user (leave one subject out)" : "same user";
-
-  if (options.json) {
-    nlohmann::json out;
-    out["recording"] = options.recording;
+  nlohmann::json out;
+  out["recording"] = options.recording;
+  {
     out["protocol"] = options.bySubject ? "new-user" : "same-user";
     out["continuous"] = true;
     out["hands"] = options.hands;
@@ -477,7 +475,8 @@ int runContinuousEval(const EvalOptions& options, const Recording& recording, co
     out["untrained_per_trial"] = untrained;
     out["counts"] = {{"samples", all.samples}, {"detections", all.detections},
                      {"correct", all.correct}, {"false_alarms", falseAlarms},
-                     {"misses", misses},       {"refused_frames", all.refusals}};
+                     {"misses", misses},       {"refused_frames", all.refusals},
+                     {"first_refusal", all.firstRefusal}};
     out["false_alarms_where"] = {{"untrained_gesture", all.alarmsWhere[kInUntrained]},
                                  {"other_gesture", all.alarmsWhere[kInOtherGesture]},
                                  {"repeated", all.alarmsWhere[kRepeated]},
@@ -496,47 +495,62 @@ int runContinuousEval(const EvalOptions& options, const Recording& recording, co
     out["confidence_median"] = {{"correct", percentile(all.confidences[1], 0.5)},
                                 {"false_alarms", percentile(all.confidences[0], 0.5)}};
     out["training_seconds_mean"] = meanTraining;
-    fmt::print("{}\n", out.dump(2));
-    return 0;
   }
+  out["jobs"] = jobs.size();
+  return out;
+}
+
+void printContinuous(const EvalOptions& options, const nlohmann::json& out) {
+  const char* protocol = options.bySubject ? "new user (leave one subject out)" : "same user";
+  const nlohmann::json& counts = out["counts"];
+  const nlohmann::json& where = out["false_alarms_where"];
+  std::vector<double> f1PercentPerTrial;
+  for (double f1 : out["f1_per_trial"]) f1PercentPerTrial.push_back(100 * f1);
+  const std::vector<int> untrained = out["untrained_per_trial"];
   fmt::print(
       "{}: continuous detection, {}, {}{}, {} per gesture for training, {} trials, {} trainings of at most {} s\n",
       options.recording, protocol, options.hands == 2 ? "two hands (combinations)" : "one hand",
-      options.enhanced ? ", enhanced recognition" : "", options.trainPerClass, options.trials, jobs.size(),
-      options.seconds);
+      options.enhanced ? ", enhanced recognition" : "", options.trainPerClass, options.trials,
+      out["jobs"].get<size_t>(), options.seconds);
   fmt::print("  streams at {} frames/s, samples played {}, untrained gestures in each trial: {}{}\n",
              options.framesPerSecond,
              options.slowest == options.fastest ? fmt::format("at {}x", options.slowest)
                                                 : fmt::format("at {}x to {}x", options.slowest, options.fastest),
              fmt::join(untrained, ", "),
              options.sensitivity == 0.5 ? "" : fmt::format(", detection sensitivity {}", options.sensitivity));
-  fmt::print("  samples        {:>7}   trained test samples in the streams\n", all.samples);
-  fmt::print("  detections     {:>7}\n", all.detections);
-  fmt::print("  correct        {:>7}\n", all.correct);
-  fmt::print("  false alarms   {:>7}   {:.2f} per minute of non-gesture motion ({:.1f} min)\n", falseAlarms,
-             alarmsPerMinute, nonGestureMinutes);
+  fmt::print("  samples        {:>7}   trained test samples in the streams\n", counts["samples"].get<int>());
+  fmt::print("  detections     {:>7}\n", counts["detections"].get<int>());
+  fmt::print("  correct        {:>7}\n", counts["correct"].get<int>());
+  fmt::print("  false alarms   {:>7}   {:.2f} per minute of non-gesture motion ({:.1f} min)\n",
+             counts["false_alarms"].get<int>(), out["false_alarms_per_minute"].get<double>(),
+             out["non_gesture_minutes"].get<double>());
   fmt::print("                           {} in untrained gestures, {} in other gestures, {} repeated, {} between\n",
-             all.alarmsWhere[kInUntrained], all.alarmsWhere[kInOtherGesture], all.alarmsWhere[kRepeated],
-             all.alarmsWhere[kBetween]);
-  fmt::print("  misses         {:>7}\n", misses);
-  fmt::print("  precision      {:>7.1f} %\n", 100 * precision);
-  fmt::print("  recall         {:>7.1f} %\n", 100 * recall);
-  fmt::print("  F1             {:>7.1f} %   per trial: {:.1f}\n", 100 * f1(all), fmt::join(f1PercentPerTrial, ", "));
+             where["untrained_gesture"].get<int>(), where["other_gesture"].get<int>(), where["repeated"].get<int>(),
+             where["between_gestures"].get<int>());
+  fmt::print("  misses         {:>7}\n", counts["misses"].get<int>());
+  fmt::print("  precision      {:>7.1f} %\n", 100 * out["precision"].get<double>());
+  fmt::print("  recall         {:>7.1f} %\n", 100 * out["recall"].get<double>());
+  fmt::print("  F1             {:>7.1f} %   per trial: {:.1f}\n", 100 * out["f1"].get<double>(),
+             fmt::join(f1PercentPerTrial, ", "));
+  const nlohmann::json& delay = out["delay_seconds"];
+  const nlohmann::json& call = out["detect_call_us"];
+  const nlohmann::json& frame = out["frame_us"];
+  const nlohmann::json& confidence = out["confidence_median"];
   fmt::print("  delay          {:>7.2f} s   median; {:.2f} s at the 95th percentile (from a sample's end)\n",
-             percentile(all.delays, 0.5), percentile(all.delays, 0.95));
+             delay["median"].get<double>(), delay["p95"].get<double>());
   fmt::print("  contdDetect    {:>7.1f} us  median; {:.1f} us at the 95th percentile (per frame)\n",
-             percentile(all.callTimes, 0.5), percentile(all.callTimes, 0.95));
-  fmt::print("  first call     {:>7.1f} ms  median over the sets\n", percentile(firstCalls, 0.5) / 1000.0);
+             call["median"].get<double>(), call["p95"].get<double>());
+  fmt::print("  first call     {:>7.1f} ms  median over the sets\n", call["first_call_median"].get<double>() / 1000.0);
   fmt::print("  whole frame    {:>7.1f} us  median; {:.1f} us at the 95th percentile (points and contdDetect)\n",
-             percentile(all.frameTimes, 0.5), percentile(all.frameTimes, 0.95));
+             frame["median"].get<double>(), frame["p95"].get<double>());
   fmt::print("  confidence     {:>7.2f}     median of correct detections; {:.2f} of false alarms\n",
-             percentile(all.confidences[1], 0.5), percentile(all.confidences[0], 0.5));
-  fmt::print("  training       {:>7.1f} s   mean per set\n", meanTraining);
-  if (all.refusals > 0) {
-    fmt::print("  refused        {:>7}   frames (first: {} {})\n", all.refusals, all.firstRefusal,
-               returnCodeName(all.firstRefusal));
+             confidence["correct"].get<double>(), confidence["false_alarms"].get<double>());
+  fmt::print("  training       {:>7.1f} s   mean per set\n", out["training_seconds_mean"].get<double>());
+  const int refusals = counts["refused_frames"].get<int>();
+  if (refusals > 0) {
+    const int first = counts["first_refusal"].get<int>();
+    fmt::print("  refused        {:>7}   frames (first: {} {})\n", refusals, first, returnCodeName(first));
   }
-  return 0;
 }
 
 }  // namespace cli

@@ -59,8 +59,12 @@ int main(int argc, char** argv) {
   cli::EvalOptions eval;
   eval.jobs = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
   CLI::App* evalCommand = app.add_subcommand("eval", "Measure how well a recording's gestures are recognised");
-  evalCommand->add_option("DATA", eval.recording, "recording file (CSV)")->required();
-  evalCommand->add_option("--train-per-class", eval.trainPerClass, "samples of each gesture for training")
+  evalCommand->add_option("DATA", eval.recording, "recording file (CSV), or a folder: every recording in it, one table")
+      ->required();
+  evalCommand
+      ->add_option("--train-per-class", eval.trainPerClassList,
+                   "samples of each gesture for training; several (2,4,8) give one table")
+      ->delimiter(',')
       ->check(CLI::PositiveNumber);
   evalCommand->add_option("--trials", eval.trials, "repetitions with new random draws")->check(CLI::PositiveNumber);
   evalCommand->add_option("--seconds", eval.seconds, "training time limit of each set")->check(CLI::PositiveNumber);
