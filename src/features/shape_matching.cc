@@ -89,6 +89,24 @@ void resampleByLength(const std::vector<Eigen::Vector3d>& path, std::array<Eigen
   for (; placed < kShapePoints; ++placed) out[static_cast<size_t>(placed)] = path.back();
 }
 
+// A path counts as closed when its ends are closer than this share of its mean radius.
+constexpr float kClosedGap = 0.8f;
+
+// The unit direction from each point to the next, zero where two points coincide and after the
+// last point.
+void setDirections(WarpingQuery& out) {
+  for (int i = 0; i < kShapePoints; ++i) out.dx[i] = out.dy[i] = out.dz[i] = 0.0f;
+  for (int i = 0; i + 1 < kShapePoints; ++i) {
+    const Eigen::Vector3d step(static_cast<double>(out.x[i + 1]) - out.x[i], static_cast<double>(out.y[i + 1]) - out.y[i],
+                               static_cast<double>(out.z[i + 1]) - out.z[i]);
+    const double length = step.norm();
+    if (length <= 0.0) continue;
+    out.dx[i] = static_cast<float>(step.x() / length);
+    out.dy[i] = static_cast<float>(step.y() / length);
+    out.dz[i] = static_cast<float>(step.z() / length);
+  }
+}
+
 // The box of the values a band reaches around each place, over the first `count` places (the
 // places after them get an empty box at zero).
 void envelope(const float* values, int count, float* low, float* high) {
@@ -144,6 +162,9 @@ void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, Stroke
     out.dy[i] = static_cast<float>(step.y() / length);
     out.dz[i] = static_cast<float>(step.z() / length);
   }
+  const float gapX = out.x[kShapePoints - 1] - out.x[0], gapY = out.y[kShapePoints - 1] - out.y[0],
+              gapZ = out.z[kShapePoints - 1] - out.z[0];
+  shape.closed = radius > 0.0 && std::sqrt(gapX * gapX + gapY * gapY + gapZ * gapZ) < kClosedGap;
   if (!stored) return;
   WarpingEnvelope& box = shape.envelope;
   envelope(out.x, kShapePoints, box.lowX, box.highX);
@@ -152,6 +173,16 @@ void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, Stroke
   envelope(out.dx, kShapePoints - 1, box.lowDx, box.highDx);
   envelope(out.dy, kShapePoints - 1, box.lowDy, box.highDy);
   envelope(out.dz, kShapePoints - 1, box.lowDz, box.highDz);
+}
+
+void startAt(const WarpingQuery& path, int first, WarpingQuery& out) {
+  for (int i = 0; i < kShapePoints; ++i) {
+    const int from = (first + i) % kShapePoints;
+    out.x[i] = path.x[from];
+    out.y[i] = path.y[from];
+    out.z[i] = path.z[from];
+  }
+  setDirections(out);
 }
 
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters) {

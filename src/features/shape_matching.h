@@ -22,7 +22,13 @@ struct StrokeShape {
   WarpingQuery path;
   // Made for stored shapes only: what cheap lower bounds of the warping compare a query with.
   WarpingEnvelope envelope;
+  // The path ends about where it began (a circle, a square): where along it a performance starts
+  // is a matter of habit, and such shapes are also compared from other starting points.
+  bool closed = false;
 };
+
+// The same closed path begun at its point `first` (and ending at the point before it).
+void startAt(const WarpingQuery& path, int first, WarpingQuery& out);
 
 // Hand positions in the head's frame: the head of the first point for the initial policy, each
 // point's own head otherwise. Heads are paired with points as a saved file pairs them (a stroke

@@ -91,8 +91,8 @@ struct NarrowOps {
 
 }  // namespace
 
-float placeBoundsNarrow(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds) {
-  return placeBoundsWith<NarrowOps>(query, stored, bounds);
+float placeBoundsNarrow(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds, float limit) {
+  return placeBoundsWith<NarrowOps>(query, stored, bounds, limit);
 }
 
 void warpPathsNarrow(const WarpingQuery& query, const WarpingLane* lanes, int count, float* distances) {
@@ -111,11 +111,11 @@ bool wideInstructions() {
 }  // namespace
 #endif
 
-float placeBounds(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds) {
+float placeBounds(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds, float limit) {
 #if defined(ZANDO_WIDE_WARPING)
-  if (wideInstructions()) return placeBoundsWide(query, stored, bounds);
+  if (wideInstructions()) return placeBoundsWide(query, stored, bounds, limit);
 #endif
-  return placeBoundsNarrow(query, stored, bounds);
+  return placeBoundsNarrow(query, stored, bounds, limit);
 }
 
 void warpPaths(const WarpingQuery& query, const WarpingLane* lanes, int count, float* distances) {

@@ -64,8 +64,11 @@ struct WarpingLane {
 // is matched at least once, to a point of the band around its own place, so it costs at least the
 // distance to the box of those points (and the weighted distance of its direction to theirs, at
 // places whose band stops short of the last point, which has no direction). Returns their sum, a
-// lower bound of the warping distance.
-float placeBounds(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds);
+// lower bound of the warping distance. With a `limit`, the work stops once the sum passes it:
+// then the sum so far is returned (above the limit), and only the first places are written.
+constexpr float kNoLimit = __builtin_huge_valf();
+float placeBounds(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds,
+                  float limit = kNoLimit);
 
 // The warping distances of the query to up to kShapeLanes stored paths, in one pass: for each, the
 // cheapest monotone matching of the two paths within the band, each pair costing the distance of
@@ -74,12 +77,14 @@ float placeBounds(const WarpingQuery& query, const WarpingEnvelope& stored, Plac
 void warpPaths(const WarpingQuery& query, const WarpingLane* lanes, int count, float* distances);
 
 // The same in instructions every processor of the architecture has.
-float placeBoundsNarrow(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds);
+float placeBoundsNarrow(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds,
+                        float limit = kNoLimit);
 void warpPathsNarrow(const WarpingQuery& query, const WarpingLane* lanes, int count, float* distances);
 
 #if defined(ZANDO_WIDE_WARPING)
 // The same in 256-bit instructions, for processors that have them; the functions above choose.
-float placeBoundsWide(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds);
+float placeBoundsWide(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds,
+                      float limit = kNoLimit);
 void warpPathsWide(const WarpingQuery& query, const WarpingLane* lanes, int count, float* distances);
 #endif
 

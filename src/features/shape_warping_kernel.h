@@ -114,8 +114,18 @@ void warpPathsWith(const WarpingQuery& query, const WarpingLane* lanes, int coun
   for (int l = 0; l < count; ++l) distances[l] = found[l];
 }
 
+// The lanes of a vector added up in lane order.
 template <class Ops>
-float placeBoundsWith(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds) {
+float laneSum(typename Ops::V vector) {
+  alignas(32) float lanes[kShapeLanes];
+  Ops::store(lanes, vector);
+  float sum = 0.0f;
+  for (const float lane : lanes) sum += lane;
+  return sum;
+}
+
+template <class Ops>
+float placeBoundsWith(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds, float limit) {
   using V = typename Ops::V;
   constexpr int kDirected = kShapePoints - 1 - kShapeBand;
   const V zero = Ops::set(0.0f);
@@ -142,12 +152,14 @@ float placeBoundsWith(const WarpingQuery& query, const WarpingEnvelope& stored, 
     }
     Ops::store(bounds.value + at, bound);
     total = Ops::add(total, bound);
+    // Past the limit the rest cannot matter: what is found so far is returned, and the places
+    // after it are left as they were.
+    if (limit < __builtin_huge_valf() && at + kShapeLanes < kShapePoints) {
+      const float sum = laneSum<Ops>(total);
+      if (sum > limit) return sum;
+    }
   }
-  alignas(32) float lanes[kShapeLanes];
-  Ops::store(lanes, total);
-  float sum = 0.0f;
-  for (const float lane : lanes) sum += lane;
-  return sum;
+  return laneSum<Ops>(total);
 }
 
 }  // namespace zando

@@ -75,8 +75,8 @@ struct WideOps {
 
 }  // namespace
 
-float placeBoundsWide(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds) {
-  return placeBoundsWith<WideOps>(query, stored, bounds);
+float placeBoundsWide(const WarpingQuery& query, const WarpingEnvelope& stored, PlaceValues& bounds, float limit) {
+  return placeBoundsWith<WideOps>(query, stored, bounds, limit);
 }
 
 void warpPathsWide(const WarpingQuery& query, const WarpingLane* lanes, int count, float* distances) {

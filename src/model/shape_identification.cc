@@ -16,7 +16,7 @@ namespace {
 
 struct Candidate {
   int gesture;
-  const WarpingQuery* path;
+  const StrokeShape* shape;
 };
 
 // Candidates are ordered by their bound through keys: the bound's bits (which order as the bound
@@ -35,7 +35,7 @@ float boundOfKey(uint64_t key) {
   return bound;
 }
 
-// Candidates are put in order this many at a time: the nearest is usually among the first few
+// Candidates are put in order this many at first: the nearest is usually among the first few
 // dozen, and the rest never need ordering.
 constexpr size_t kOrderedAtOnce = 64;
 
@@ -63,26 +63,16 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   std::vector<float>& nearestOf = threadScratch<std::vector<float>, struct NearestPlace>();
   makeStrokeShape(stroke, model.parameters, false, query);
 
-  // The cheap bound of every sample first; the warping runs on the most promising samples, several
-  // at once, and skips every sample whose bound cannot beat what its gesture (or, when only the
-  // nearest gesture is asked for, any gesture) has found.
   candidates.clear();
-  order.clear();
-  size_t samples = 0;
-  for (const Gesture* gesture : model.gestures) samples += gesture->gestureSamples.size();
-  // Grown, never shrunk: the per-place bounds of every sample are kept for the warping.
-  if (bounds.size() < samples) bounds.resize(samples);
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
     for (const Stroke* sample : gesture.gestureSamples) {
-      if (sample == leaveOut) continue;
-      const StrokeShape& shape = storedShape(*sample, model.parameters);
-      const float bound = placeBounds(query.path, shape.envelope, bounds[candidates.size()]);
-      order.push_back(orderKey(bound, candidates.size()));
-      candidates.push_back({g, &shape.path});
+      if (sample != leaveOut) candidates.push_back({g, &storedShape(*sample, model.parameters)});
     }
   }
+  // Grown, never shrunk: the per-place bounds of every sample are kept for the warping.
+  if (bounds.size() < candidates.size()) bounds.resize(candidates.size());
 
   const bool perGesture = distances != nullptr;
   nearestOf.assign(perGesture ? static_cast<size_t>(model.gestureCount()) : 1, kFar);
@@ -90,43 +80,66 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
     return nearestOf[perGesture ? static_cast<size_t>(gesture) : 0];
   };
   int nearest = -1;
-  WarpingLane batch[kShapeLanes];
-  int batchGesture[kShapeLanes];
-  float found[kShapeLanes];
-  size_t ordered = 0;
-  for (size_t next = 0; next < order.size();) {
-    int count = 0;
-    for (; next < order.size() && count < kShapeLanes; ++next) {
-      if (next == ordered) {
-        ordered = std::min(order.size(), next + kOrderedAtOnce);
-        const auto from = order.begin() + static_cast<std::ptrdiff_t>(next);
-        const auto to = order.begin() + static_cast<std::ptrdiff_t>(ordered);
-        std::nth_element(from, to - 1, order.end());
-        std::sort(from, to);
-      }
-      const float bound = boundOfKey(order[next]);
-      const size_t index = static_cast<size_t>(order[next] & 0xffffffffu);
-      const Candidate& candidate = candidates[index];
-      const float limit = nearestFor(candidate.gesture);
-      if (bound > limit) {
-        // The bounds are in order: past the overall nearest, no later sample can come closer.
-        if (perGesture) continue;
-        next = order.size();
-        break;
-      }
-      batch[count] = {candidate.path, &bounds[index], limit};
-      batchGesture[count++] = candidate.gesture;
+  // One pass of a path against the samples (or the closed ones): the cheap bound of each first;
+  // the warping runs on the most promising samples, several at once, and skips every sample whose
+  // bound cannot beat what its gesture (or, when only the nearest gesture is asked for, any
+  // gesture) has found, in this pass or an earlier one.
+  const auto pass = [&](const WarpingQuery& path, bool closedOnly) {
+    order.clear();
+    // A sample whose bound passes the nearest distance found so far is left out at once.
+    for (size_t i = 0; i < candidates.size(); ++i) {
+      if (closedOnly && !candidates[i].shape->closed) continue;
+      const float limit = nearestFor(candidates[i].gesture);
+      const float bound = placeBounds(path, candidates[i].shape->envelope, bounds[i], limit);
+      if (!(bound > limit)) order.push_back(orderKey(bound, i));
     }
-    if (count == 0) break;
-    warpPaths(query.path, batch, count, found);
-    for (int l = 0; l < count; ++l) {
-      float& own = nearestFor(batchGesture[l]);
-      // Of equal distances the lowest gesture index wins.
-      if (found[l] < own || (found[l] == own && !perGesture && batchGesture[l] < nearest)) {
-        own = found[l];
-        if (!perGesture) nearest = batchGesture[l];
+    WarpingLane batch[kShapeLanes];
+    int batchGesture[kShapeLanes];
+    float found[kShapeLanes];
+    size_t ordered = 0;
+    for (size_t next = 0; next < order.size();) {
+      int count = 0;
+      for (; next < order.size() && count < kShapeLanes; ++next) {
+        if (next == ordered) {
+          // Twice as many each time: a long way down the order, the rest is ordered in few steps.
+          ordered = std::min(order.size(), next + std::max(kOrderedAtOnce, next));
+          const auto from = order.begin() + static_cast<std::ptrdiff_t>(next);
+          const auto to = order.begin() + static_cast<std::ptrdiff_t>(ordered);
+          std::nth_element(from, to - 1, order.end());
+          std::sort(from, to);
+        }
+        const float bound = boundOfKey(order[next]);
+        const size_t index = static_cast<size_t>(order[next] & 0xffffffffu);
+        const Candidate& candidate = candidates[index];
+        const float limit = nearestFor(candidate.gesture);
+        if (bound > limit) {
+          // The bounds are in order: past the overall nearest, no later sample can come closer.
+          if (perGesture) continue;
+          next = order.size();
+          break;
+        }
+        batch[count] = {&candidate.shape->path, &bounds[index], limit};
+        batchGesture[count++] = candidate.gesture;
+      }
+      if (count == 0) break;
+      warpPaths(path, batch, count, found);
+      for (int l = 0; l < count; ++l) {
+        float& own = nearestFor(batchGesture[l]);
+        // Of equal distances the lowest gesture index wins.
+        if (found[l] < own || (found[l] == own && !perGesture && batchGesture[l] < nearest)) {
+          own = found[l];
+          if (!perGesture) nearest = batchGesture[l];
+        }
       }
     }
+  };
+  pass(query.path, false);
+  // A closed stroke is also read from halfway round, against the closed samples: people start a
+  // circle or a square at different places.
+  if (query.closed) {
+    WarpingQuery& turned = threadScratch<WarpingQuery, struct TurnedPlace>();
+    startAt(query.path, kShapePoints / 2, turned);
+    pass(turned, true);
   }
   if (!perGesture) return nearest;
   float best = kFar;

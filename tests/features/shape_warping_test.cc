@@ -86,8 +86,14 @@ TEST_F(ShapeWarpingTest, EveryLaneMatchesThePlainWarpingAndItsBoundStaysBelow) {
   }
 }
 
-// Past its limit a lane may stop early (infinity) or finish; below it, it always finishes.
+// Past its limit a lane may stop early (infinity) or finish; below it, it always finishes. So
+// does a bound: stopped early it still passes the limit, and below the limit it is whole.
 TEST_F(ShapeWarpingTest, ALaneIsGivenUpOnlyPastItsLimit) {
+  PlaceValues scratch;
+  for (size_t l = 0; l < stored.size(); ++l) {
+    EXPECT_GT(placeBounds(query.path, stored[l].envelope, scratch, 0.01f * sums[l]), 0.01f * sums[l]);
+    EXPECT_EQ(placeBounds(query.path, stored[l].envelope, scratch, sums[l]), sums[l]);
+  }
   for (size_t l = 0; l < lanes.size(); ++l) {
     lanes[l].limit = static_cast<float>(exact[l] * (l % 2 == 0 ? 0.9 : 1.1));
   }

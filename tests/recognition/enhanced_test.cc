@@ -127,6 +127,44 @@ TEST(EnhancedRecognitionTest, TrainingEndsAtOnceWithTheSamplesScore) {
   EXPECT_GT(similarity, 0.0);
 }
 
+// People begin a circle where they like. Circles begun on the right and squares begun on the
+// left are stored; a circle begun on the left is still a circle, though, read from where it
+// begins, it follows the squares more closely.
+TEST(EnhancedRecognitionTest, AClosedShapeIsRecognisedWhereverItBegins) {
+  std::mt19937 rng(9);
+  std::uniform_real_distribution<double> jitter(-1.0, 1.0);
+  const auto draw = [&](IGestureRecognition& r, bool square, double start, int recordAs) {
+    r.startStroke(kHead, kFacing, recordAs);
+    for (int i = 0; i <= 60; ++i) {
+      const double angle = start + 2.0 * kPi * i / 60;
+      double x = std::cos(angle), y = std::sin(angle);
+      if (square) {
+        const double side = std::max(std::abs(x), std::abs(y));
+        x /= side;
+        y /= side;
+      }
+      const double p[3] = {0.15 * x + 0.003 * jitter(rng), 1.4 + 0.15 * y + 0.003 * jitter(rng), 0.45};
+      r.contdStrokeQ(p, kFacing);
+    }
+  };
+  GestureRecognition r;
+  ASSERT_EQ(r.setEnhancedRecognition(1), ReturnCode_Success);
+  r.createGesture("circle", nullptr);
+  r.createGesture("square", nullptr);
+  for (int s = 0; s < 2; ++s) {
+    draw(r, false, 0.0, 0);
+    endStroke(r);
+    draw(r, true, kPi, 1);
+    endStroke(r);
+  }
+  int circles = 0;
+  for (int trial = 0; trial < 10; ++trial) {
+    draw(r, false, kPi + 0.1 * jitter(rng), -1);
+    circles += endStroke(r) == 0 ? 1 : 0;
+  }
+  EXPECT_GE(circles, 9);
+}
+
 TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
   std::mt19937 rng(5);
   std::unique_ptr<GestureRecognition> r = turnedVSet(rng);
