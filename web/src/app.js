@@ -185,7 +185,9 @@ function showResult(gesture, result) {
   const gr = state.gestures;
   state.lastGesture = gesture;
   state.lastResult = result;
-  ui.result.textContent = gesture >= 0 ? `It was “${gr.getGestureName(gesture)}” (similarity ${result.similarity.toFixed(2)})` : 'No gesture recognised.';
+  // The similarity needs the statistics of a training; before that it is negative.
+  const similarity = result.similarity >= 0 ? ` (similarity ${result.similarity.toFixed(2)})` : '';
+  ui.result.textContent = gesture >= 0 ? `It was “${gr.getGestureName(gesture)}”${similarity}` : 'No gesture recognised.';
   ui.probabilities.replaceChildren();
   result.probabilities.forEach((p, g) => {
     const item = document.createElement('li');
