@@ -1,6 +1,6 @@
-// Doubles to text and back as std::to_chars and std::from_chars do it, for the standard
-// libraries that have only their integer forms (the WebAssembly build's): there the C library's
-// correctly rounded printf and strtod give the same characters and values.
+// Doubles to text and back as std::to_chars and std::from_chars do it. The WebAssembly build's
+// standard library has only their integer forms; there the C library's correctly rounded printf
+// and strtod give the same characters and values. Every other build uses the standard forms.
 #ifndef ZANDO_SPATIAL_FLOAT_TEXT_H
 #define ZANDO_SPATIAL_FLOAT_TEXT_H
 
@@ -17,7 +17,7 @@ namespace zando {
 // Writes `value` in scientific notation with `digits` digits after the point; returns the end
 // of the text, or `first` if it does not fit.
 inline char* writeScientific(char* first, char* last, double value, int digits) {
-#if defined(__cpp_lib_to_chars)
+#if defined(__cpp_lib_to_chars) || !defined(__EMSCRIPTEN__)
   const auto result = std::to_chars(first, last, value, std::chars_format::scientific, digits);
   return result.ec == std::errc() ? result.ptr : first;
 #else
@@ -29,7 +29,7 @@ inline char* writeScientific(char* first, char* last, double value, int digits) 
 // Reads a double in fixed or scientific notation (no leading space, sign '+' or hexadecimal,
 // as std::from_chars with chars_format::general).
 inline std::from_chars_result readFloat(const char* first, const char* last, double& value) {
-#if defined(__cpp_lib_to_chars)
+#if defined(__cpp_lib_to_chars) || !defined(__EMSCRIPTEN__)
   return std::from_chars(first, last, value, std::chars_format::general);
 #else
   std::from_chars_result invalid{first, std::errc::invalid_argument};
