@@ -49,6 +49,29 @@ WINE_RUN := env WINEPREFIX=$(abspath $(WINDOWS_DIR))/wineprefix WINEDEBUG=-all W
 # The set files that each build writes and the other reads.
 EXCHANGE_DIR := $(abspath $(WINDOWS_DIR))/exchange
 
+# WebAssembly: the library built with Debian's Emscripten, with threads (background training,
+# saving and loading run on Web Workers that share the memory); zlib and libzip from Debian's
+# source packages, built for the target in the build folder. The JavaScript module, the page and
+# its tests live in web/; the page's npm packages (three.js, esbuild, puppeteer-core) in web/node_modules.
+WASM_DIR ?= build-wasm
+WASM_PACKAGES := cmake make libeigen3-dev emscripten dpkg-dev
+WEB_TEST_PACKAGES := chromium
+WASM_DEPS := $(abspath $(WASM_DIR))/deps
+# Every object linked into a threaded module needs the atomics of -pthread; the shape warping's
+# lane loops become 128-bit vector instructions, which every browser with WebXR has.
+WASM_FLAGS := -pthread -fexceptions -msimd128
+# libzip's configuration measures types by compiling probes, which it cannot read back from a
+# threaded WebAssembly build; these are wasm32's sizes.
+WASM_LIBZIP_SIZES := -DHAVE___INT8_LIBZIP=FALSE -DHAVE___INT16_LIBZIP=FALSE -DHAVE___INT32_LIBZIP=FALSE \
+  -DHAVE___INT64_LIBZIP=FALSE -DHAVE_INT8_T_LIBZIP=TRUE -DINT8_T_LIBZIP=1 -DHAVE_UINT8_T_LIBZIP=TRUE -DUINT8_T_LIBZIP=1 \
+  -DHAVE_INT16_T_LIBZIP=TRUE -DINT16_T_LIBZIP=2 -DHAVE_UINT16_T_LIBZIP=TRUE -DUINT16_T_LIBZIP=2 \
+  -DHAVE_INT32_T_LIBZIP=TRUE -DINT32_T_LIBZIP=4 -DHAVE_UINT32_T_LIBZIP=TRUE -DUINT32_T_LIBZIP=4 \
+  -DHAVE_INT64_T_LIBZIP=TRUE -DINT64_T_LIBZIP=8 -DHAVE_UINT64_T_LIBZIP=TRUE -DUINT64_T_LIBZIP=8 \
+  -DHAVE_SHORT_LIBZIP=TRUE -DSHORT_LIBZIP=2 -DHAVE_INT_LIBZIP=TRUE -DINT_LIBZIP=4 -DHAVE_LONG_LIBZIP=TRUE -DLONG_LIBZIP=4 \
+  -DHAVE_LONG_LONG_LIBZIP=TRUE -DLONG_LONG_LIBZIP=8 -DHAVE_SIZEOF_OFF_T=TRUE -DSIZEOF_OFF_T=8 \
+  -DHAVE_SIZEOF_SIZE_T=TRUE -DSIZEOF_SIZE_T=4
+WASM_ZLIB_SOURCES := adler32 compress crc32 deflate gzclose gzlib gzread gzwrite infback inffast inflate inftrees trees uncompr zutil
+
 # Set files across two builds, in a recipe's shell: the native build and the other one (run as
 # the fourth argument says) each write theirs into the folder, then each checks the other's.
 # $(call exchange_sets,NATIVE NAME,OTHER NAME,FOLDER,OTHER COMMAND)
@@ -61,13 +84,13 @@ $(4) check $(3)/$(1) && \
 $(BUILD_DIR)/tests/exchange/file_exchange check $(3)/$(2)
 endef
 
-.PHONY: all deps fuzz-deps arm64-deps windows-deps configure build test test-arm64 demo bench sanitize tsan fuzz \
+.PHONY: all deps fuzz-deps arm64-deps windows-deps wasm-deps web-test-deps wasm test-web web-modules configure build test test-arm64 demo bench sanitize tsan fuzz \
         windows-sources windows-libzip build-arm64 build-windows test-windows dist clean
 
 all: build
 
-deps fuzz-deps windows-deps: WANTED = $(if $(filter fuzz-deps,$@),$(FUZZ_PACKAGES),$(if $(filter windows-deps,$@),$(WINDOWS_PACKAGES),$(PACKAGES)))
-deps fuzz-deps windows-deps:
+deps fuzz-deps windows-deps wasm-deps web-test-deps: WANTED = $(if $(filter fuzz-deps,$@),$(FUZZ_PACKAGES),$(if $(filter windows-deps,$@),$(WINDOWS_PACKAGES),$(if $(filter wasm-deps,$@),$(WASM_PACKAGES),$(if $(filter web-test-deps,$@),$(WEB_TEST_PACKAGES),$(PACKAGES)))))
+deps fuzz-deps windows-deps wasm-deps web-test-deps:
 	@missing=""; \
 	for p in $(WANTED); do \
 	  dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "install ok installed" || missing="$$missing $$p"; \
@@ -208,5 +231,73 @@ dist: build build-arm64 build-windows
 	tools/dist.sh linux-arm64 $(ARM64_DIR) $(DIST_DIR) $(DIST_LINUX_LICENCES)
 	tools/dist.sh windows-x86_64 $(WINDOWS_DIR) $(DIST_DIR) $(DIST_WINDOWS_LICENCES)
 
+# zlib, then libzip on it, each from its Debian source package (patches applied), as static
+# libraries in $(WASM_DEPS); libzip without its tools, optional compressors and encryption.
+$(WASM_DEPS)/lib/libz.a:
+	@$(MAKE) --no-print-directory wasm-deps windows-sources
+	rm -rf $(WASM_DIR)/zlib && mkdir -p $(WASM_DIR)/zlib/source
+	cd $(WASM_DIR)/zlib/source && apt-get -o APT::Sandbox::User=root source -qq zlib
+	@# Its CMake project refers to Windows files that Debian's source leaves out; the library is a
+	@# handful of C files with no configuration to do.
+	mkdir -p $(WASM_DIR)/zlib/build $(WASM_DEPS)/lib $(WASM_DEPS)/include
+	cp $(WASM_DIR)/zlib/source/zlib-*/zlib.h $(WASM_DEPS)/include/
+	cp $(WASM_DIR)/zlib/source/zlib-*/zconf.h.in $(WASM_DEPS)/include/zconf.h
+	cd $(WASM_DIR)/zlib/source/zlib-* && for f in $(WASM_ZLIB_SOURCES); do \
+	  emcc -O3 $(WASM_FLAGS) -w -I$(WASM_DEPS)/include -c $$f.c -o $(abspath $(WASM_DIR))/zlib/build/$$f.o || exit 1; done
+	emar rcs $(WASM_DEPS)/lib/libz.a $(WASM_DIR)/zlib/build/*.o
+
+$(WASM_DEPS)/lib/libzip.a: $(WASM_DEPS)/lib/libz.a
+	rm -rf $(WASM_DIR)/libzip && mkdir -p $(WASM_DIR)/libzip/source
+	cd $(WASM_DIR)/libzip/source && apt-get -o APT::Sandbox::User=root source -qq libzip
+	emcmake cmake -S $$(find $(WASM_DIR)/libzip/source -mindepth 1 -maxdepth 1 -type d -name 'libzip-*') -B $(WASM_DIR)/libzip/build \
+	  -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=$(WASM_DEPS) -DCMAKE_C_FLAGS="$(WASM_FLAGS) -w" \
+	  -DZLIB_INCLUDE_DIR=$(WASM_DEPS)/include -DZLIB_LIBRARY=$(WASM_DEPS)/lib/libz.a -DBUILD_SHARED_LIBS=OFF $(WASM_LIBZIP_SIZES) \
+	  -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF \
+	  -DENABLE_OPENSSL=OFF -DENABLE_WINDOWS_CRYPTO=OFF \
+	  -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF -Wno-dev \
+	  > $(WASM_DIR)/libzip/configure.log 2>&1 || { cat $(WASM_DIR)/libzip/configure.log; exit 1; }
+	cmake --build $(WASM_DIR)/libzip/build -j $(JOBS) > $(WASM_DIR)/libzip/build.log 2>&1 || { cat $(WASM_DIR)/libzip/build.log; exit 1; }
+	cmake --install $(WASM_DIR)/libzip/build > $(WASM_DIR)/libzip/install.log 2>&1 || { cat $(WASM_DIR)/libzip/install.log; exit 1; }
+
+# Debian's Emscripten runs its JavaScript tools with Debian's node modules (acorn), which a node
+# installed from elsewhere does not look for.
+wasm: export NODE_PATH := /usr/share/nodejs
+# The library and its JavaScript module: $(WASM_DIR)/package/ is the npm package (web/module/
+# with zando-core.js, zando-core.wasm and zando-core.worker.js beside it).
+wasm: wasm-deps $(WASM_DEPS)/lib/libzip.a
+	emcmake cmake -S . -B $(WASM_DIR)/zando -DCMAKE_BUILD_TYPE=Release \
+	  -DCMAKE_C_FLAGS="$(WASM_FLAGS)" -DCMAKE_CXX_FLAGS="$(WASM_FLAGS)" \
+	  -DZANDO_BUILD_TESTS=OFF -DZANDO_BUILD_TOOLS=OFF -DZANDO_BUILD_BENCHMARKS=OFF -DZANDO_BUILD_CSHARP=OFF \
+	  -DEigen3_DIR=/usr/share/eigen3/cmake -Dlibzip_DIR=$(WASM_DEPS)/lib/cmake/libzip \
+	  -DZLIB_INCLUDE_DIR=$(WASM_DEPS)/include -DZLIB_LIBRARY=$(WASM_DEPS)/lib/libz.a
+	cmake --build $(WASM_DIR)/zando -j $(JOBS) --target zando_web
+	rm -rf $(WASM_DIR)/package && mkdir -p $(WASM_DIR)/package
+	cp web/module/package.json web/module/zando.js web/module/zando.d.ts web/module/README.md $(WASM_DIR)/package/
+	cp $(WASM_DIR)/zando/web/wasm/zando-core.js $(WASM_DIR)/zando/web/wasm/zando-core.wasm \
+	   $(WASM_DIR)/zando/web/wasm/zando-core.worker.js $(WASM_DIR)/package/
+	@cd $(WASM_DIR)/package && for f in zando-core.wasm zando-core.js zando-core.worker.js zando.js; do \
+	  printf '%-22s %8d bytes, %7d gzipped\n' $$f $$(wc -c < $$f) $$(gzip -9c $$f | wc -c); done
+
+# The page's npm packages (three.js, esbuild, puppeteer-core), as package-lock.json pins them.
+web/node_modules/.installed: web/package-lock.json
+	@command -v node >/dev/null && command -v npm >/dev/null || { echo "node and npm are needed for the page"; exit 1; }
+	cd web && npm ci --no-audit --no-fund
+	touch $@
+
+# The page in Debian's Chromium, headless: recording and identification through the UI, training
+# in the background, errors on the page, the native build's set files loaded there (the answers
+# of tests/exchange/file_exchange), and the per-frame and end-of-stroke times beside the native
+# ones (web/tests/frame_timing.cc). The screenshot is kept as docs/web.png.
+WEB_TEST_DIR := $(WASM_DIR)/web-test
+test-web: wasm web-test-deps configure web/node_modules/.installed
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target zando file_exchange
+	node web/build.mjs $(WASM_DIR)/site $(WASM_DIR)/package
+	rm -rf $(WEB_TEST_DIR) && mkdir -p $(WEB_TEST_DIR)
+	$(BUILD_DIR)/tests/exchange/file_exchange write $(WEB_TEST_DIR)/native
+	$(CXX) -O2 -std=c++17 -Wall -Wextra -Isrc/api/include web/tests/frame_timing.cc -L$(BUILD_DIR) -lzando \
+	  -Wl,-rpath,$(abspath $(BUILD_DIR)) -o $(WEB_TEST_DIR)/frame_timing
+	$(WEB_TEST_DIR)/frame_timing $(WEB_TEST_DIR)/native 20 > $(WEB_TEST_DIR)/native-timing.json
+	node web/tests/run.mjs $(WASM_DIR)/site $(WEB_TEST_DIR)/native $(WEB_TEST_DIR)/native-timing.json docs/web.png
+
 clean:
-	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(TSAN_DIR) $(FUZZ_DIR) $(ARM64_DIR) $(WINDOWS_DIR) $(DIST_DIR)
+	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(TSAN_DIR) $(FUZZ_DIR) $(ARM64_DIR) $(WINDOWS_DIR) $(WASM_DIR) $(DIST_DIR)

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "features/feature_extraction.h"
+#include "spatial/float_text.h"
 #include "spatial/thread_scratch.h"
 
 namespace zando {
@@ -27,9 +28,9 @@ void headSettingsOf(const ModelParameters& parameters, int settings[5]) {
 double asStored(double value) {
   if (!std::isfinite(value)) return value;
   char text[48];
-  const auto written = std::to_chars(text, text + sizeof(text), value, std::chars_format::scientific, 9);
+  char* const written = writeScientific(text, text + sizeof(text), value, 9);
   double stored = 0.0;
-  const auto read = std::from_chars(text, written.ptr, stored, std::chars_format::general);
+  const auto read = readFloat(text, written, stored);
   return read.ec == std::errc() ? stored : 0.0;
 }
 

@@ -15,6 +15,7 @@
 
 #include "features/model_parameters.h"
 #include "model/model_statistics.h"
+#include "spatial/float_text.h"
 
 namespace zando {
 
@@ -71,8 +72,7 @@ class LineWriter {
   }
   void real(double value, int digits) {
     char buffer[48];
-    const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::scientific, digits);
-    line_.append(buffer, result.ptr);
+    line_.append(buffer, writeScientific(buffer, buffer + sizeof(buffer), value, digits));
   }
   void pose(const StrokePoint& point) {
     const double values[7] = {point.position.x, point.position.y, point.position.z, point.rotation.x,
@@ -425,7 +425,7 @@ bool convertFloat(const std::string& token, double& value) {
   bool negative = false;
   if (begin < end && (*begin == '+' || *begin == '-')) negative = *begin++ == '-';
   double magnitude = 0.0;
-  const auto result = std::from_chars(begin, end, magnitude, std::chars_format::general);
+  const auto result = readFloat(begin, end, magnitude);
   if (begin == end || result.ptr != end || (result.ec != std::errc() && result.ec != std::errc::result_out_of_range)) {
     value = 0.0;
     return false;
