@@ -90,6 +90,25 @@ void resampleByLength(const std::vector<Eigen::Vector3d>& path, std::array<Eigen
   for (; placed < kShapePoints; ++placed) out[static_cast<size_t>(placed)] = path.back();
 }
 
+// Points either side that a point of the path is averaged with, as a share of the path's points.
+constexpr size_t kSmoothingShare = 30;
+
+// The path averaged over a few neighbours of each point (fewer near the ends, which stay where they
+// are): a tracker's jitter lengthens a path and bends its evenly spaced points, and the average
+// takes it out while keeping the shape. Paths too short to smooth are returned as they are.
+const std::vector<Eigen::Vector3d>& smoothed(const std::vector<Eigen::Vector3d>& path, std::vector<Eigen::Vector3d>& out) {
+  const size_t reach = path.size() / kSmoothingShare;
+  if (reach == 0) return path;
+  out.resize(path.size());
+  for (size_t i = 0; i < path.size(); ++i) {
+    const size_t near = std::min({reach, i, path.size() - 1 - i});
+    Eigen::Vector3d sum = Eigen::Vector3d::Zero();
+    for (size_t k = i - near; k <= i + near; ++k) sum += path[k];
+    out[i] = sum / static_cast<double>(2 * near + 1);
+  }
+  return out;
+}
+
 // A path counts as closed when its ends are closer than this share of its mean radius.
 constexpr float kClosedGap = 0.8f;
 
@@ -136,7 +155,7 @@ void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bo
 
 void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, StrokeShape& shape) {
   std::array<Eigen::Vector3d, kShapePoints> points;
-  resampleByLength(path, points);
+  resampleByLength(smoothed(path, threadScratch<std::vector<Eigen::Vector3d>, struct SmoothedPlace>()), points);
 
   // Centred on the mean point and scaled to a unit mean radius; the orientation is kept, since it
   // tells apart shapes that are turned copies of one another.

@@ -109,8 +109,10 @@ TEST(CommandLineTest, ARecordingTrainsAndIsDescribedEvaluatedAndDrawn) {
   EXPECT_NE(info.output.find(" 8  yes"), std::string::npos);  // eight samples, enabled
   EXPECT_NE(info.output.find("-> 3,"), std::string::npos);     // three outputs
 
-  const Outcome eval = run("eval " + csv + " --train-per-class 2 --trials 2 --seconds 1 --json --jobs 2");
+  const Outcome eval =
+      run("eval " + csv + " --train-per-class 2 --trials 2 --seconds 1 --json --jobs 2 --perturb-jitter 0.004");
   ASSERT_EQ(eval.exitCode, 0) << eval.output;
+  EXPECT_NE(eval.output.find("\"jitter\": 0.004"), std::string::npos);
   EXPECT_NE(eval.output.find("\"per_trial\""), std::string::npos);
   EXPECT_NE(eval.output.find("\"confusion\""), std::string::npos);
   const Outcome byUser = run("eval " + csv + " --train-per-class 2 --trials 1 --seconds 1 --by-subject");

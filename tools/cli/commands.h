@@ -54,6 +54,12 @@ struct EvalOptions {
   double slowest = 1.0;  // each sample of the stream plays between these speeds
   double fastest = 1.0;
   double sensitivity = 0.5;  // the detection sensitivity the objects are given
+  // Perturbed copies of the recording, imitating what it does not hold: each subject's samples
+  // made up to this many times larger or smaller and turned up to this many radians about a
+  // random axis, and every point shaken by this many metres (a hand tracker's jitter).
+  double perturbScale = 1.0;
+  double perturbTilt = 0.0;
+  double perturbJitter = 0.0;
 };
 int runEval(const EvalOptions& options);
 

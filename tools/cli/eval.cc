@@ -7,12 +7,14 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <map>
 #include <filesystem>
 #include <mutex>
 #include <numeric>
 #include <random>
 #include <thread>
 
+#include <Eigen/Geometry>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 #include <zando/zando.h>
@@ -225,6 +227,33 @@ std::vector<std::string> recordingsAt(const std::string& path) {
   return files;
 }
 
+// The recording as other people and another tracker might have made it (see EvalOptions):
+// the same draws for every run with the same seed.
+void perturb(Recording& recording, const EvalOptions& options) {
+  if (options.perturbScale == 1.0 && options.perturbTilt == 0.0 && options.perturbJitter == 0.0) return;
+  std::mt19937 rng(options.seed ^ 0x9e3779b9u);
+  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  std::normal_distribution<double> normal(0.0, 1.0);
+  std::map<std::string, std::pair<double, Eigen::Matrix3d>> bySubject;
+  for (const std::string& subject : recording.subjects) {
+    const Eigen::Vector3d axis = Eigen::Vector3d(normal(rng), normal(rng), normal(rng)).normalized();
+    const double scale = std::pow(options.perturbScale, unit(rng));
+    bySubject[subject] = {scale, Eigen::AngleAxisd(options.perturbTilt * unit(rng), axis).toRotationMatrix()};
+  }
+  std::normal_distribution<double> shake(0.0, options.perturbJitter);
+  for (Sample& sample : recording.samples) {
+    const auto& [scale, turn] = bySubject[sample.subject];
+    Eigen::Vector3d centre = Eigen::Vector3d::Zero();
+    for (const Point& point : sample.points) centre += Eigen::Vector3d(point.hand.position);
+    centre /= std::max<size_t>(1, sample.points.size());
+    for (Point& point : sample.points) {
+      Eigen::Vector3d p = centre + scale * (turn * (Eigen::Vector3d(point.hand.position) - centre));
+      if (options.perturbJitter > 0.0) p += Eigen::Vector3d(shake(rng), shake(rng), shake(rng));
+      for (int k = 0; k < 3; ++k) point.hand.position[k] = p[k];
+    }
+  }
+}
+
 // One measurement: the JSON of a single run, or null with a message on failure.
 nlohmann::json measure(const EvalOptions& options) {
   Recording recording;
@@ -233,14 +262,17 @@ nlohmann::json measure(const EvalOptions& options) {
     fmt::print(stderr, "zando: {}\n", error);
     return nullptr;
   }
+  perturb(recording, options);
   const std::vector<EvalJob> jobs = makeEvalJobs(recording, options);
   if (jobs.empty()) {
     fmt::print(stderr, "zando: {}: no subject has samples left to test with {} per gesture for training\n",
                options.recording, options.trainPerClass);
     return nullptr;
   }
-  return options.continuous ? measureContinuous(options, recording, jobs)
-                            : measureIdentification(options, recording, jobs);
+  nlohmann::json result = options.continuous ? measureContinuous(options, recording, jobs)
+                                              : measureIdentification(options, recording, jobs);
+  result["perturbed"] = {{"scale", options.perturbScale}, {"tilt", options.perturbTilt}, {"jitter", options.perturbJitter}};
+  return result;
 }
 
 // What a table cell shows: accuracy, or F1 for detection, in percent; and the counts behind it

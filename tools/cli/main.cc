@@ -74,6 +74,12 @@ int main(int argc, char** argv) {
   evalCommand->add_option("--jobs", eval.jobs, "trainings in parallel (default: the core count)")
       ->check(CLI::PositiveNumber);
   evalCommand->add_option("--seed", eval.seed, "seed of the random draws");
+  evalCommand->add_option("--perturb-scale", eval.perturbScale, "each subject's samples up to F times larger or smaller")
+      ->check(CLI::Range(1.0, 10.0));
+  evalCommand->add_option("--perturb-tilt", eval.perturbTilt, "each subject's samples turned up to R radians")
+      ->check(CLI::Range(0.0, 3.2));
+  evalCommand->add_option("--perturb-jitter", eval.perturbJitter, "every point shaken by M metres (tracker jitter)")
+      ->check(CLI::Range(0.0, 1.0));
   CLI::Option* continuous = evalCommand->add_flag(
       "--continuous", eval.continuous,
       "detection in a stream: test samples and untrained gestures joined by moves and pauses");
