@@ -51,7 +51,7 @@ void runNetwork(GestureModel& model, const std::vector<double>& x) {
 
 // Shared body of the two probability forms; similarities may be null.
 int probabilities(GestureModel& model, double* p, double* s, int* count, const Stroke& stroke, double pos[4],
-                  double* scale, double dir0[4], double dir1[4], double dir2[4]) {
+                  double* scale, double dir0[4], double dir1[4], double dir2[4], bool window) {
   const std::vector<double> x = extractFeatures(stroke, model.parameters, pos, scale, dir0, dir1, dir2);
   const int m = std::min(*count, model.gestureCount());
   if (m < 1) return ReturnCode_NoGestures;
@@ -60,7 +60,7 @@ int probabilities(GestureModel& model, double* p, double* s, int* count, const S
     std::vector<double>& shares = threadScratch<std::vector<double>, struct SharesPlace>();
     distances.resize(static_cast<size_t>(model.gestureCount()));
     shares.resize(distances.size());
-    if (nearestGestureByShape(model, stroke, distances.data()) >= 0) {
+    if (nearestGestureByShape(model, stroke, distances.data(), nullptr, window) >= 0) {
       probabilitiesFromShapeDistances(distances.data(), model.gestureCount(), shares.data());
       // In the tanh mode the caller turns p into 0.5 + 0.5 p; the host sees the shares either way.
       const bool tanhMode = model.parameters.transferMode == 1;
@@ -102,9 +102,9 @@ int probabilities(GestureModel& model, double* p, double* s, int* count, const S
 }  // namespace
 
 int identifyStroke(GestureModel& model, const Stroke& stroke, double pos[4], double* scale, double dir0[4],
-                   double dir1[4], double dir2[4], double* similarity) {
+                   double dir1[4], double dir2[4], double* similarity, bool window) {
   const std::vector<double> x = extractFeatures(stroke, model.parameters, pos, scale, dir0, dir1, dir2);
-  int result = shapeMatchingApplies(model) ? nearestGestureByShape(model, stroke, nullptr) : -1;
+  int result = shapeMatchingApplies(model) ? nearestGestureByShape(model, stroke, nullptr, nullptr, window) : -1;
   if (result >= 0) {
     if (similarity != nullptr) *similarity = gestureSimilarity(model, x, result);
     return result;
@@ -137,13 +137,13 @@ int identifyStroke(GestureModel& model, const Stroke& stroke, double pos[4], dou
 
 int computeProbabilities(GestureModel& model, double* p, int* count, const Stroke& stroke, double pos[4],
                          double* scale, double dir0[4], double dir1[4], double dir2[4]) {
-  return probabilities(model, p, nullptr, count, stroke, pos, scale, dir0, dir1, dir2);
+  return probabilities(model, p, nullptr, count, stroke, pos, scale, dir0, dir1, dir2, false);
 }
 
 int computeProbabilitiesAndSimilarities(GestureModel& model, double* p, double* s, int* count, const Stroke& stroke,
                                         double pos[4], double* scale, double dir0[4], double dir1[4],
-                                        double dir2[4]) {
-  return probabilities(model, p, s, count, stroke, pos, scale, dir0, dir1, dir2);
+                                        double dir2[4], bool window) {
+  return probabilities(model, p, s, count, stroke, pos, scale, dir0, dir1, dir2, window);
 }
 
 }  // namespace zando

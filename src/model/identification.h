@@ -10,8 +10,10 @@ namespace zando {
 
 // The caller copies its frame of reference into model.parameters first. pos and the directions
 // receive four doubles each; every output may be null. Returns the gesture index or -9, -10.
+// `window`: the stroke is a window of running motion (continuous identification), which the
+// enhanced mode compares more cheaply.
 int identifyStroke(GestureModel& model, const Stroke& stroke, double pos[4], double* scale, double dir0[4],
-                   double dir1[4], double dir2[4], double* similarity);
+                   double dir1[4], double dir2[4], double* similarity, bool window = false);
 
 // Fills probabilities[0 .. m-1], m the smaller of *count and the gesture count, and sets *count
 // to m. Returns 0, or -9 (nothing to choose from), -10 (the network does not fit).
@@ -21,7 +23,7 @@ int computeProbabilities(GestureModel& model, double* probabilities, int* count,
 // As computeProbabilities, with the similarity of each gesture in similarities.
 int computeProbabilitiesAndSimilarities(GestureModel& model, double* probabilities, double* similarities,
                                         int* count, const Stroke& stroke, double pos[4], double* scale,
-                                        double dir0[4], double dir1[4], double dir2[4]);
+                                        double dir0[4], double dir1[4], double dir2[4], bool window = false);
 
 }  // namespace zando
 

@@ -17,7 +17,44 @@ namespace {
 struct Candidate {
   int gesture;
   const StrokeShape* shape;
+  bool few;  // of a gesture with few samples
 };
+
+// Which samples a reading of the stroke is compared with.
+enum class Against { All, Closed, Few };
+
+// A gesture with at most this many samples is also compared with the stroke turned a little:
+// with many samples (from many people) its samples already hold the tilts people give it.
+constexpr size_t kFewSamples = 16;
+
+// The turns of a whole stroke that such gestures are compared with: tipped forward and back (a
+// drawing's plane leans as the head and hand are held), and turned left and right about the
+// vertical axis. Axis 0 is x (across), 1 is y (up).
+struct Turn {
+  int axis;
+  float angle;  // radians
+};
+constexpr Turn kTurns[] = {{0, 0.3f}, {0, -0.3f}, {1, 0.4f}, {1, -0.4f}};
+
+// The path turned about the x or y axis of the head's frame.
+void turnPath(const WarpingQuery& path, const Turn& turn, WarpingQuery& out) {
+  const float c = std::cos(turn.angle), s = std::sin(turn.angle);
+  // About x: y and z turn; about y: z and x turn.
+  const auto rotate = [&](const float* u, const float* v, float* outU, float* outV, int i) {
+    outU[i] = c * u[i] - s * v[i];
+    outV[i] = s * u[i] + c * v[i];
+  };
+  out = path;
+  for (int i = 0; i < kShapePoints; ++i) {
+    if (turn.axis == 0) {
+      rotate(path.y, path.z, out.y, out.z, i);
+      rotate(path.dy, path.dz, out.dy, out.dz, i);
+    } else {
+      rotate(path.z, path.x, out.z, out.x, i);
+      rotate(path.dz, path.dx, out.dz, out.dx, i);
+    }
+  }
+}
 
 // Candidates are ordered by their bound through keys: the bound's bits (which order as the bound
 // does, for bounds of zero and above) above the candidate's index.
@@ -54,7 +91,7 @@ bool shapeMatchingApplies(const GestureModel& model) {
 }
 
 int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances,
-                          const Stroke* leaveOut) {
+                          const Stroke* leaveOut, bool window) {
   constexpr float kFar = std::numeric_limits<float>::infinity();
   StrokeShape& query = threadScratch<StrokeShape, struct QueryPlace>();
   std::vector<Candidate>& candidates = threadScratch<std::vector<Candidate>, struct CandidatesPlace>();
@@ -67,8 +104,9 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
+    const bool few = gesture.gestureSamples.size() <= kFewSamples;
     for (const Stroke* sample : gesture.gestureSamples) {
-      if (sample != leaveOut) candidates.push_back({g, &storedShape(*sample, model.parameters)});
+      if (sample != leaveOut) candidates.push_back({g, &storedShape(*sample, model.parameters), few});
     }
   }
   // Grown, never shrunk: the per-place bounds of every sample are kept for the warping.
@@ -84,11 +122,13 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   // the warping runs on the most promising samples, several at once, and skips every sample whose
   // bound cannot beat what its gesture (or, when only the nearest gesture is asked for, any
   // gesture) has found, in this pass or an earlier one.
-  const auto pass = [&](const WarpingQuery& path, bool closedOnly) {
+  const auto pass = [&](const WarpingQuery& path, Against against) {
     order.clear();
     // A sample whose bound passes the nearest distance found so far is left out at once.
     for (size_t i = 0; i < candidates.size(); ++i) {
-      if (closedOnly && !candidates[i].shape->closed) continue;
+      if ((against == Against::Closed && !candidates[i].shape->closed) || (against == Against::Few && !candidates[i].few)) {
+        continue;
+      }
       const float limit = nearestFor(candidates[i].gesture);
       const float bound = placeBounds(path, candidates[i].shape->envelope, bounds[i], limit);
       if (!(bound > limit)) order.push_back(orderKey(bound, i));
@@ -133,13 +173,23 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
       }
     }
   };
-  pass(query.path, false);
+  pass(query.path, Against::All);
   // A closed stroke is also read from halfway round, against the closed samples: people start a
   // circle or a square at different places.
   if (query.closed) {
     WarpingQuery& turned = threadScratch<WarpingQuery, struct TurnedPlace>();
     startAt(query.path, kShapePoints / 2, turned);
-    pass(turned, true);
+    pass(turned, Against::Closed);
+  }
+  // A whole stroke is also compared turned a little with the gestures of few samples. Not a
+  // window of running motion, which resembles few samples, so that the bounds skip little and
+  // each reading would cost about as much as the first, every frame.
+  if (!window) {
+    WarpingQuery& turned = threadScratch<WarpingQuery, struct TurnedPlace>();
+    for (const Turn& turn : kTurns) {
+      turnPath(query.path, turn, turned);
+      pass(turned, Against::Few);
+    }
   }
   if (!perGesture) return nearest;
   float best = kFar;

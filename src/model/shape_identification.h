@@ -18,8 +18,10 @@ bool shapeMatchingApplies(const GestureModel& model);
 // be compared. With `distances` (one per gesture), each gesture's distance to its nearest sample
 // is written, infinity for a gesture without one; without, only the nearest is worked out fully.
 // `leaveOut`: a stored sample not compared with (the stroke itself, when scoring the set).
+// `window`: the stroke is a window of running motion (continuous identification), compared as it
+// is; a whole stroke is also compared turned a little.
 int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances,
-                          const Stroke* leaveOut = nullptr);
+                          const Stroke* leaveOut = nullptr, bool window = false);
 
 // The share of the stored samples that the other samples identify as their own gesture (of the
 // enabled gestures with at least two samples; 0 when there are none). `keepGoing` is asked

@@ -90,7 +90,7 @@ int GestureRecognition::contdIdentifyAndGetStroke(const double headPosition[3], 
   double* result = similarity != nullptr ? similarity : &localSimilarity;
   copyFrameToModel();
   int gesture = identifyStroke(gestureModel, currentStroke, results.position, &results.scale, results.axes[0],
-                               results.axes[1], results.axes[2], result);
+                               results.axes[1], results.axes[2], result, true);
   smoothContdResult(gesture, *result);
   results.writeTo(pos, scale, dir0, dir1, dir2);
   return gesture;
@@ -131,7 +131,7 @@ int GestureRecognition::contdIdentifyAndGetStrokeAndGetAllProbabilitiesAndSimila
   const int computed =
       computeProbabilitiesAndSimilarities(gestureModel, probabilities, similarities, count, currentStroke,
                                           results.position, &results.scale, results.axes[0], results.axes[1],
-                                          results.axes[2]);
+                                          results.axes[2], true);
   if (computed < 0) return fail(computed);
   const int gesture = pickMostProbable(probabilities, *count, gestureModel.parameters.transferMode == 1);
   results.writeTo(pos, scale, dir0, dir1, dir2);
