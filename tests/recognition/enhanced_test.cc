@@ -127,42 +127,50 @@ TEST(EnhancedRecognitionTest, TrainingEndsAtOnceWithTheSamplesScore) {
   EXPECT_GT(similarity, 0.0);
 }
 
-// People begin a circle where they like. Circles begun on the right and squares begun on the
-// left are stored; a circle begun on the left is still a circle, though, read from where it
-// begins, it follows the squares more closely.
-TEST(EnhancedRecognitionTest, AClosedShapeIsRecognisedWhereverItBegins) {
+// People begin a circle where they like and hold its plane as they like. Stored: circles begun
+// on the right, squares begun on the left, and flat ellipses. A circle begun on the left follows
+// the squares more closely as it is read, and one tipped forward looks flatter from the front;
+// both are circles.
+TEST(EnhancedRecognitionTest, ACircleIsRecognisedWhereverItBeginsAndHowItIsTipped) {
   std::mt19937 rng(9);
   std::uniform_real_distribution<double> jitter(-1.0, 1.0);
-  const auto draw = [&](IGestureRecognition& r, bool square, double start, int recordAs) {
+  enum Shape { kCircle, kSquare, kEllipse };
+  const auto draw = [&](IGestureRecognition& r, Shape shape, double start, double tip, int recordAs) {
     r.startStroke(kHead, kFacing, recordAs);
     for (int i = 0; i <= 60; ++i) {
       const double angle = start + 2.0 * kPi * i / 60;
       double x = std::cos(angle), y = std::sin(angle);
-      if (square) {
+      if (shape == kSquare) {
         const double side = std::max(std::abs(x), std::abs(y));
         x /= side;
         y /= side;
       }
-      const double p[3] = {0.15 * x + 0.003 * jitter(rng), 1.4 + 0.15 * y + 0.003 * jitter(rng), 0.45};
+      if (shape == kEllipse) y *= std::cos(0.35);
+      const double p[3] = {0.15 * x + 0.003 * jitter(rng), 1.4 + 0.15 * y * std::cos(tip) + 0.003 * jitter(rng),
+                           0.45 + 0.15 * y * std::sin(tip)};
       r.contdStrokeQ(p, kFacing);
     }
   };
   GestureRecognition r;
   ASSERT_EQ(r.setEnhancedRecognition(1), ReturnCode_Success);
-  r.createGesture("circle", nullptr);
-  r.createGesture("square", nullptr);
+  for (const char* name : {"circle", "square", "ellipse"}) r.createGesture(name, nullptr);
   for (int s = 0; s < 2; ++s) {
-    draw(r, false, 0.0, 0);
+    draw(r, kCircle, 0.0, 0.0, 0);
     endStroke(r);
-    draw(r, true, kPi, 1);
+    draw(r, kSquare, kPi, 0.0, 1);
+    endStroke(r);
+    draw(r, kEllipse, 0.0, 0.0, 2);
     endStroke(r);
   }
-  int circles = 0;
+  int begunElsewhere = 0, tipped = 0;
   for (int trial = 0; trial < 10; ++trial) {
-    draw(r, false, kPi + 0.1 * jitter(rng), -1);
-    circles += endStroke(r) == 0 ? 1 : 0;
+    draw(r, kCircle, kPi + 0.1 * jitter(rng), 0.0, -1);
+    begunElsewhere += endStroke(r) == 0 ? 1 : 0;
+    draw(r, kCircle, 0.1 * jitter(rng), 0.3, -1);
+    tipped += endStroke(r) == 0 ? 1 : 0;
   }
-  EXPECT_GE(circles, 9);
+  EXPECT_GE(begunElsewhere, 9);
+  EXPECT_GE(tipped, 9);
 }
 
 TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
