@@ -196,8 +196,11 @@ void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, Stroke
 }
 
 void startAt(const WarpingQuery& path, int first, WarpingQuery& out) {
+  // The last point is about the first: the loop is the points before it, and the new path ends
+  // where it begins, as the old one did.
+  constexpr int kLoop = kShapePoints - 1;
   for (int i = 0; i < kShapePoints; ++i) {
-    const int from = (first + i) % kShapePoints;
+    const int from = (first + i) % kLoop;
     out.x[i] = path.x[from];
     out.y[i] = path.y[from];
     out.z[i] = path.z[from];

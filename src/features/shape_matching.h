@@ -27,7 +27,7 @@ struct StrokeShape {
   bool closed = false;
 };
 
-// The same closed path begun at its point `first` (and ending at the point before it).
+// The same closed path begun at its point `first` (and ending there again).
 void startAt(const WarpingQuery& path, int first, WarpingQuery& out);
 
 // Hand positions in the head's frame: the head of the first point for the initial policy, each

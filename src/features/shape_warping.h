@@ -15,7 +15,7 @@ constexpr int kShapePoints = 32;
 // How far the warping may move a point along the other path: a quarter of the path.
 constexpr int kShapeBand = kShapePoints / 4;
 // Weight of the difference in direction of travel against the difference in position.
-constexpr float kShapeDirectionWeight = 0.6f;
+constexpr float kShapeDirectionWeight = 1.0f;
 // How many stored paths one pass compares with the query.
 constexpr int kShapeLanes = 8;
 
