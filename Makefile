@@ -296,7 +296,7 @@ test-web: wasm web-test-deps configure web/node_modules/.installed
 	node web/build.mjs $(WASM_DIR)/site $(WASM_DIR)/package
 	rm -rf $(WEB_TEST_DIR) && mkdir -p $(WEB_TEST_DIR)
 	$(BUILD_DIR)/tests/exchange/file_exchange write $(WEB_TEST_DIR)/native
-	$(CXX) -O2 -std=c++17 -Wall -Wextra -Isrc/api/include web/tests/frame_timing.cc -L$(BUILD_DIR) -lzando \
+	$(CXX) -O2 -std=c++17 -Wall -Wextra -Isrc/api/include -Itests/exchange web/tests/frame_timing.cc -L$(BUILD_DIR) -lzando \
 	  -Wl,-rpath,$(abspath $(BUILD_DIR)) -o $(WEB_TEST_DIR)/frame_timing
 	$(WEB_TEST_DIR)/frame_timing $(WEB_TEST_DIR)/native 20 > $(WEB_TEST_DIR)/native-timing.json
 	node web/tests/run.mjs $(WASM_DIR)/site $(WEB_TEST_DIR)/native $(WEB_TEST_DIR)/native-timing.json $(WEB_SCREENSHOT)

@@ -15,36 +15,23 @@
 #include <thread>
 #include <vector>
 
+#include "probe_strokes.h"
+
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr int kGestures = 4;
+using probe_strokes::kGestures;
 constexpr int kSamplesEach = 5;
 constexpr int kProbesEach = 3;
 const char* const kModes[2] = {"network", "enhanced"};
 
-// Variation without a random generator, so that every build draws the same strokes.
-double wobble(int seed, int k) { return std::sin(12.9898 * seed + 78.233 * k); }
-
-// One performance of gesture 0 (circle), 1 (swipe), 2 (zigzag) or 3 ("V"), varied by `seed`.
+// One performance of a probe gesture (see probe_strokes.h), varied by `seed`.
 void perform(void* gro, int gesture, int seed, int recordAs) {
   const double head[3] = {0.0, 1.7, 0.0};
   const double facing[4] = {0.0, 0.0, 0.0, 1.0};
-  const double size = 0.25 * (1.0 + 0.15 * wobble(seed, 1));
-  const double cx = 0.05 * wobble(seed, 2), cy = 1.4 + 0.05 * wobble(seed, 3), cz = 0.45 + 0.05 * wobble(seed, 4);
   GestureRecognition_startStroke(gro, head, facing, recordAs);
-  const int points = 50;
-  for (int i = 0; i < points; ++i) {
-    const double t = static_cast<double>(i) / (points - 1);
-    double x = 0, y = 0;
-    switch (gesture) {
-      case 0: x = std::cos(2 * kPi * t); y = std::sin(2 * kPi * t); break;
-      case 1: x = -1 + 2 * t; y = 0.1 * std::sin(kPi * t); break;
-      case 2: x = 0.3 * std::sin(6 * kPi * t); y = 1 - 2 * t; break;
-      default: x = -1 + 2 * t; y = std::fabs(x) * 1.5 - 0.75; break;
-    }
-    const double p[3] = {cx + size * x + 0.003 * wobble(seed, 10 + 3 * i), cy + size * y + 0.003 * wobble(seed, 11 + 3 * i),
-                         cz + 0.003 * wobble(seed, 12 + 3 * i)};
+  for (int i = 0; i < probe_strokes::kPoints; ++i) {
+    double p[3];
+    probe_strokes::point(gesture, seed, i, p);
     GestureRecognition_contdStrokeQ(gro, p, facing);
   }
 }
