@@ -27,11 +27,13 @@ constexpr double kStillFraction = 0.2;
 // Stored paths whose step lengths differ by less than this factor share one cutting of the motion.
 constexpr double kScaleRatio = 1.15;
 // Every stored path is matched as it is, and also a little smaller and larger (in powers of that
-// factor, since other people make a gesture smaller or larger) and turned a little either way
-// about the axis the head looks along (as hands tilt a drawing). The first is the path as it is.
+// factor, since other people make a gesture smaller or larger) and tipped a little forward and
+// back about the head's across axis (as people hold a drawing's plane differently: measured for
+// new users, this finds far more than turning it about the axis the head looks along). The first
+// is the path as it is.
 struct Variant {
   int scaleOffset;
-  double tilt;  // radians
+  double tilt;  // radians, about the head's x axis
 };
 constexpr Variant kVariants[] = {{0, 0.0}, {-2, 0.0}, {2, 0.0}, {0, -0.26}, {0, 0.26}};
 // A performance may take this many times more or less time than the sample it matches.
@@ -71,7 +73,7 @@ constexpr double kSingleSampleReach = 2.0;
 
 using Motion = std::vector<TimedPoint>;
 
-Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitZ()).toRotationMatrix(); }
+Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitX()).toRotationMatrix(); }
 
 void tiltPath(DirectionPath& path, double tilt) {
   if (tilt == 0.0) return;

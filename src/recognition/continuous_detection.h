@@ -76,7 +76,7 @@ class ContinuousDetector {
     int gesture = 0;
     int scale = 0;       // index into scales_
     bool primary = true;  // the stored path as it is, at its own length
-    double tilt = 0.0;    // how far it is turned about the head's forward axis, in radians
+    double tilt = 0.0;    // how far it is tipped about the head's across (x) axis, in radians
   };
   // The motion cut at one step length, shared by the stored paths whose own step is close to it.
   struct Scale {
