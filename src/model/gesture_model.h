@@ -4,7 +4,9 @@
 #define ZANDO_MODEL_GESTURE_MODEL_H
 
 #include <atomic>
+#include <cstdint>
 #include <limits>
+#include <mutex>
 #include <vector>
 
 #include <Eigen/Core>
@@ -45,6 +47,11 @@ struct GestureModel {
   // Gestures taken off the list by deleteGesture while a background job might still hold them;
   // they are freed with the model.
   std::vector<Gesture*> detachedGestures;
+  // What the enhanced mode works out from all of the set's samples together, kept until they
+  // change (see shape_identification.cc).
+  mutable std::mutex shapeSetMutex;
+  mutable std::vector<uintptr_t> shapeSetFingerprint;
+  mutable std::vector<char> reversibleGestures;
 
   GestureModel() = default;
   GestureModel(const GestureModel&) = delete;

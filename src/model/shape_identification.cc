@@ -21,7 +21,7 @@ struct Candidate {
 };
 
 // Which samples a reading of the stroke is compared with.
-enum class Against { All, Closed, Few };
+enum class Against { All, Closed, Few, Reversible };
 
 // A gesture with at most this many samples is also compared with the stroke turned a little:
 // with many samples (from many people) its samples already hold the tilts people give it.
@@ -35,6 +35,28 @@ struct Turn {
   float angle;  // radians
 };
 constexpr Turn kTurns[] = {{0, 0.3f}, {0, -0.3f}, {1, 0.4f}, {1, -0.4f}};
+
+// A closed gesture whose samples, read the other way round, come as near another gesture's samples
+// as those come to one another (within this factor of their typical nearest distance), and much
+// nearer than read as they are (by this factor), is that gesture drawn the other way round: the
+// set tells a circle drawn clockwise from one drawn anticlockwise, and no stroke is read the other
+// way round against either. (A circle and a square that people draw loosely, either way round,
+// come about as near read either way.)
+constexpr double kMirrorShare = 1.5;
+constexpr double kMirrorGain = 0.5;
+// The closed samples of a gesture that the check reads, at most.
+constexpr size_t kMirrorChecks = 8;
+
+// The same closed path gone round the other way, begun at its point `first`.
+void reversedFrom(const WarpingQuery& path, int first, WarpingQuery& out) {
+  WarpingQuery backwards;
+  for (int i = 0; i < kShapePoints; ++i) {
+    backwards.x[i] = path.x[kShapePoints - 1 - i];
+    backwards.y[i] = path.y[kShapePoints - 1 - i];
+    backwards.z[i] = path.z[kShapePoints - 1 - i];
+  }
+  startAt(backwards, first, out);
+}
 
 // The path turned about the x or y axis of the head's frame.
 void turnPath(const WarpingQuery& path, const Turn& turn, WarpingQuery& out) {
@@ -90,16 +112,17 @@ bool shapeMatchingApplies(const GestureModel& model) {
   return false;
 }
 
-int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances,
-                          const Stroke* leaveOut, bool window) {
+namespace {
+
+// The nearest gesture to a shape, as nearestGestureByShape. `reversible`: per gesture, whether a
+// closed stroke is also read the other way round against its closed samples; null for never.
+int nearestToShape(const GestureModel& model, const StrokeShape& query, double* distances, const Stroke* leaveOut,
+                   bool window, const std::vector<char>* reversible) {
   constexpr float kFar = std::numeric_limits<float>::infinity();
-  StrokeShape& query = threadScratch<StrokeShape, struct QueryPlace>();
   std::vector<Candidate>& candidates = threadScratch<std::vector<Candidate>, struct CandidatesPlace>();
   std::vector<uint64_t>& order = threadScratch<std::vector<uint64_t>, struct OrderPlace>();
   std::vector<PlaceValues>& bounds = threadScratch<std::vector<PlaceValues>, struct BoundsPlace>();
   std::vector<float>& nearestOf = threadScratch<std::vector<float>, struct NearestPlace>();
-  makeStrokeShape(stroke, model.parameters, false, query);
-
   candidates.clear();
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
@@ -126,7 +149,11 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
     order.clear();
     // A sample whose bound passes the nearest distance found so far is left out at once.
     for (size_t i = 0; i < candidates.size(); ++i) {
-      if ((against == Against::Closed && !candidates[i].shape->closed) || (against == Against::Few && !candidates[i].few)) {
+      const Candidate& candidate = candidates[i];
+      const bool closed = candidate.shape->closed;
+      if ((against == Against::Closed && !closed) || (against == Against::Few && !candidate.few) ||
+          (against == Against::Reversible &&
+           !(closed && candidate.few && (*reversible)[static_cast<size_t>(candidate.gesture)]))) {
         continue;
       }
       const float limit = nearestFor(candidates[i].gesture);
@@ -180,6 +207,15 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
     WarpingQuery& turned = threadScratch<WarpingQuery, struct TurnedPlace>();
     startAt(query.path, kShapePoints / 2, turned);
     pass(turned, Against::Closed);
+    // And the other way round, from where it begins and from halfway, against the closed samples
+    // of the gestures whose direction does not tell them from another: people go round a circle
+    // either way.
+    if (reversible != nullptr) {
+      for (int first : {0, kShapePoints / 2}) {
+        reversedFrom(query.path, first, turned);
+        pass(turned, Against::Reversible);
+      }
+    }
   }
   // A whole stroke is also compared turned a little with the gestures of few samples. Not a
   // window of running motion, which resembles few samples, so that the bounds skip little and
@@ -202,6 +238,96 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
     }
   }
   return nearest;
+}
+
+// A fingerprint of what the per-set results depend on: the enabled gestures' samples.
+void setFingerprint(const GestureModel& model, std::vector<uintptr_t>& out) {
+  out.clear();
+  for (const Gesture* gesture : model.gestures) {
+    out.push_back(gesture->gestureEnabled ? gesture->gestureSamples.size() : ~uintptr_t{0});
+    for (const Stroke* sample : gesture->gestureSamples) out.push_back(reinterpret_cast<uintptr_t>(sample));
+  }
+  int settings[5] = {model.parameters.updateHeadPositionPolicy, model.parameters.rotationFrameX,
+                     model.parameters.rotationFrameY, model.parameters.rotationFrameZ, model.parameters.rotationOrder};
+  for (int setting : settings) out.push_back(static_cast<uintptr_t>(setting));
+}
+
+// Per gesture, whether a stroke may be read the other way round against its closed samples:
+// unless some of its closed samples, read the other way round, come closer to another gesture
+// than kMirrorShare times their distance to their own gesture. Worked out once for a set of
+// samples; `out` receives a copy.
+void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
+  std::vector<uintptr_t>& fingerprint = threadScratch<std::vector<uintptr_t>, struct SetFingerprintPlace>();
+  setFingerprint(model, fingerprint);
+  std::lock_guard<std::mutex> lock(model.shapeSetMutex);
+  if (fingerprint == model.shapeSetFingerprint) {
+    out = model.reversibleGestures;
+    return;
+  }
+  model.shapeSetFingerprint = fingerprint;
+  std::vector<char>& reversible = model.reversibleGestures;
+  const size_t gestureCount = model.gestures.size();
+  reversible.assign(gestureCount, 1);
+  // The closed samples checked of each gesture, and how near the gesture's samples come to one
+  // another (the median of their nearest distances to their own gesture; infinite for a single
+  // sample, which has nothing to measure against).
+  std::vector<std::vector<const Stroke*>> checked(gestureCount);
+  std::vector<double> typical(gestureCount, std::numeric_limits<double>::infinity());
+  std::vector<double> distances(gestureCount);
+  for (size_t g = 0; g < gestureCount; ++g) {
+    const Gesture& gesture = *model.gestures[g];
+    if (!gesture.gestureEnabled) continue;
+    std::vector<const Stroke*> closed;
+    for (const Stroke* sample : gesture.gestureSamples) {
+      if (storedShape(*sample, model.parameters).closed) closed.push_back(sample);
+    }
+    const size_t count = std::min(closed.size(), kMirrorChecks);
+    std::vector<double> nearest;
+    for (size_t k = 0; k < count; ++k) {
+      const Stroke* sample = closed[k * closed.size() / count];
+      checked[g].push_back(sample);
+      nearestToShape(model, storedShape(*sample, model.parameters), distances.data(), sample, true, nullptr);
+      if (std::isfinite(distances[g])) nearest.push_back(distances[g]);
+    }
+    if (nearest.empty()) continue;
+    std::nth_element(nearest.begin(), nearest.begin() + static_cast<std::ptrdiff_t>(nearest.size() / 2), nearest.end());
+    typical[g] = nearest[nearest.size() / 2];
+  }
+  // A gesture whose samples, gone round the other way, come as near another gesture's samples as
+  // those come to one another, is that gesture drawn the other way.
+  StrokeShape backwards;
+  backwards.closed = true;
+  std::vector<double> forwards(gestureCount);
+  for (size_t g = 0; g < gestureCount; ++g) {
+    for (const Stroke* sample : checked[g]) {
+      nearestToShape(model, storedShape(*sample, model.parameters), forwards.data(), sample, true, nullptr);
+      reversedFrom(storedShape(*sample, model.parameters).path, 0, backwards.path);
+      nearestToShape(model, backwards, distances.data(), sample, true, nullptr);
+      for (size_t h = 0; h < gestureCount; ++h) {
+        if (h != g && std::isfinite(typical[h]) && distances[h] < kMirrorShare * typical[h] &&
+            distances[h] < kMirrorGain * forwards[h]) {
+          reversible[g] = reversible[h] = 0;
+        }
+      }
+    }
+  }
+  out = reversible;
+}
+
+}  // namespace
+
+int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, double* distances,
+                          const Stroke* leaveOut, bool window) {
+  StrokeShape& query = threadScratch<StrokeShape, struct QueryPlace>();
+  makeStrokeShape(stroke, model.parameters, false, query);
+  // Worked out before the search, which shares its scratch with the working out. Windows of
+  // running motion are not read the other way round: that would cost every frame.
+  std::vector<char>& reversible = threadScratch<std::vector<char>, struct ReversiblePlace>();
+  bool fewSamples = false;
+  for (const Gesture* gesture : model.gestures) fewSamples |= gesture->gestureSamples.size() <= kFewSamples;
+  const bool reversals = query.closed && !window && fewSamples;
+  if (reversals) reversibleGestures(model, reversible);
+  return nearestToShape(model, query, distances, leaveOut, window, reversals ? &reversible : nullptr);
 }
 
 void prepareShapes(const GestureModel& model) {

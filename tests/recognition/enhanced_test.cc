@@ -127,48 +127,64 @@ TEST(EnhancedRecognitionTest, TrainingEndsAtOnceWithTheSamplesScore) {
   EXPECT_GT(similarity, 0.0);
 }
 
-// People begin a circle where they like and hold its plane as they like. Beside circles begun on
-// the right, squares begun on the left: a circle begun on the left follows them more closely as
-// it is read. Beside circles, flat ellipses: a circle tipped forward looks flatter from the front.
-// Both are circles.
-TEST(EnhancedRecognitionTest, ACircleIsRecognisedWhereverItBeginsAndHowItIsTipped) {
+// People begin a circle where they like, hold its plane as they like and go round either way.
+// Beside circles begun on the right and going anticlockwise: squares begun on the left, which a
+// circle begun on the left follows more closely as it is read; flat ellipses, which a circle tipped
+// forward resembles from the front; squares going clockwise, which a circle going clockwise
+// follows more closely. All those are circles. But where the set holds circles going each way as
+// two gestures, the way round tells them apart.
+TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundMatters) {
   std::mt19937 rng(9);
   std::uniform_real_distribution<double> jitter(-1.0, 1.0);
   enum Shape { kCircle, kSquare, kEllipse };
-  const auto draw = [&](IGestureRecognition& r, Shape shape, double start, double tip, int recordAs) {
+  struct Drawing {
+    Shape shape;
+    double start;   // radians round from the right
+    double turn;    // +1 anticlockwise, -1 clockwise
+    double tip;     // radians forward
+  };
+  const auto draw = [&](IGestureRecognition& r, const Drawing& d, int recordAs) {
     r.startStroke(kHead, kFacing, recordAs);
     for (int i = 0; i <= 60; ++i) {
-      const double angle = start + 2.0 * kPi * i / 60;
+      const double angle = d.start + d.turn * 2.0 * kPi * i / 60;
       double x = std::cos(angle), y = std::sin(angle);
-      if (shape == kSquare) {
+      if (d.shape == kSquare) {
         const double side = std::max(std::abs(x), std::abs(y));
         x /= side;
         y /= side;
       }
-      if (shape == kEllipse) y *= std::cos(0.5);
-      const double p[3] = {0.15 * x + 0.003 * jitter(rng), 1.4 + 0.15 * y * std::cos(tip) + 0.003 * jitter(rng),
-                           0.45 + 0.15 * y * std::sin(tip)};
+      if (d.shape == kEllipse) y *= std::cos(0.5);
+      const double p[3] = {0.15 * x + 0.003 * jitter(rng), 1.4 + 0.15 * y * std::cos(d.tip) + 0.003 * jitter(rng),
+                           0.45 + 0.15 * y * std::sin(d.tip)};
       r.contdStrokeQ(p, kFacing);
     }
     return endStroke(r);
   };
-  // Circles that the set of circles and `other` (begun at `otherStart`) identifies as circles, of
-  // ten begun at `start` and tipped by `tip`.
-  const auto circlesOf10 = [&](Shape other, double otherStart, double start, double tip) {
+  // Of ten strokes drawn as `query`, those that a set of `stored` (gesture 0) and `other`
+  // (gesture 1) identifies as gesture 0.
+  const auto firstOf10 = [&](const Drawing& stored, const Drawing& other, Drawing query) {
     GestureRecognition r;
     r.setEnhancedRecognition(1);
     r.createGesture("circle", nullptr);
     r.createGesture("other", nullptr);
     for (int s = 0; s < 2; ++s) {
-      draw(r, kCircle, 0.0, 0.0, 0);
-      draw(r, other, otherStart, 0.0, 1);
+      draw(r, stored, 0);
+      draw(r, other, 1);
     }
-    int circles = 0;
-    for (int trial = 0; trial < 10; ++trial) circles += draw(r, kCircle, start + 0.1 * jitter(rng), tip, -1) == 0;
-    return circles;
+    const double start = query.start;
+    int first = 0;
+    for (int trial = 0; trial < 10; ++trial) {
+      query.start = start + 0.1 * jitter(rng);
+      first += draw(r, query, -1) == 0 ? 1 : 0;
+    }
+    return first;
   };
-  EXPECT_GE(circlesOf10(kSquare, kPi, kPi, 0.0), 9);
-  EXPECT_GE(circlesOf10(kEllipse, 0.0, 0.0, 0.5), 9);
+  const Drawing circle{kCircle, 0.0, 1.0, 0.0};
+  EXPECT_GE(firstOf10(circle, {kSquare, kPi, 1.0, 0.0}, {kCircle, kPi, 1.0, 0.0}), 9);
+  EXPECT_GE(firstOf10(circle, {kEllipse, 0.0, 1.0, 0.0}, {kCircle, 0.0, 1.0, 0.5}), 9);
+  EXPECT_GE(firstOf10(circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}), 9);
+  // Circles going clockwise (gesture 0) and anticlockwise (gesture 1).
+  EXPECT_GE(firstOf10({kCircle, 0.0, -1.0, 0.0}, circle, {kCircle, kPi, -1.0, 0.0}), 9);
 }
 
 TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
