@@ -23,8 +23,9 @@ struct Candidate {
 // Which samples a reading of the stroke is compared with.
 enum class Against { All, Closed, Few, Reversible };
 
-// A gesture with at most this many samples is also compared with the stroke turned a little:
-// with many samples (from many people) its samples already hold the tilts people give it.
+// A gesture with at most this many samples is also compared with the stroke turned a little and
+// (if closed) read backwards: with many samples, from many people, its samples mostly hold the
+// tilts and ways round that people give it already, and a large set would pay for every reading.
 constexpr size_t kFewSamples = 16;
 
 // The turns of a whole stroke that such gestures are compared with: tipped forward and back (a
