@@ -1157,7 +1157,8 @@ namespace Zando
 
         /// <summary>
         /// Identification by the shape of every stored sample: holds up with 2 to 10 samples per
-        /// gesture and needs no training. Saved in the file.
+        /// gesture and needs no training (training in this mode ends at once, without a network,
+        /// scored by how the samples identify one another). Saved in the file.
         /// </summary>
         public bool EnhancedRecognition
         {

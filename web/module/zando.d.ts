@@ -93,7 +93,7 @@ declare class ZandoObject extends EventTarget {
   readonly recognitionScore: number;
   /** The longest training, in seconds. */
   maxTrainingTime: number;
-  /** Identification by the shape of every stored sample, usable without training. */
+  /** Identification by the shape of every stored sample, usable without training (training in this mode ends at once, without a network). */
   enhancedRecognition: boolean;
   /** 0 strictest, 1 most willing (default 0.5). */
   detectionSensitivity: number;
