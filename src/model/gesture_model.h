@@ -61,6 +61,10 @@ struct GestureModel {
   int gestureCount() const { return static_cast<int>(gestures.size()); }
 };
 
+// What is learnt from a set's samples depends on, in a few numbers: equal numbers, equal samples
+// (the same strokes, of the same lengths) and the same head settings.
+void sampleFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out);
+
 }  // namespace zando
 
 #endif  // ZANDO_MODEL_GESTURE_MODEL_H

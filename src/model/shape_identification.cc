@@ -157,8 +157,8 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
            !(closed && candidate.few && (*reversible)[static_cast<size_t>(candidate.gesture)]))) {
         continue;
       }
-      const float limit = nearestFor(candidates[i].gesture);
-      const float bound = placeBounds(path, candidates[i].shape->envelope, bounds[i], limit);
+      const float limit = nearestFor(candidate.gesture);
+      const float bound = placeBounds(path, candidate.shape->envelope, bounds[i], limit);
       if (!(bound > limit)) order.push_back(orderKey(bound, i));
     }
     WarpingLane batch[kShapeLanes];
@@ -241,25 +241,12 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
   return nearest;
 }
 
-// A fingerprint of what the per-set results depend on: the enabled gestures' samples.
-void setFingerprint(const GestureModel& model, std::vector<uintptr_t>& out) {
-  out.clear();
-  for (const Gesture* gesture : model.gestures) {
-    out.push_back(gesture->gestureEnabled ? gesture->gestureSamples.size() : ~uintptr_t{0});
-    for (const Stroke* sample : gesture->gestureSamples) out.push_back(reinterpret_cast<uintptr_t>(sample));
-  }
-  int settings[5] = {model.parameters.updateHeadPositionPolicy, model.parameters.rotationFrameX,
-                     model.parameters.rotationFrameY, model.parameters.rotationFrameZ, model.parameters.rotationOrder};
-  for (int setting : settings) out.push_back(static_cast<uintptr_t>(setting));
-}
-
-// Per gesture, whether a stroke may be read the other way round against its closed samples:
-// unless some of its closed samples, read the other way round, come closer to another gesture
-// than kMirrorShare times their distance to their own gesture. Worked out once for a set of
-// samples; `out` receives a copy.
+// Per gesture, whether a stroke may be read the other way round against its closed samples: not
+// when the set tells it from another gesture by its direction (see kMirrorShare). Worked out once
+// for a set of samples; `out` receives a copy.
 void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
   std::vector<uintptr_t>& fingerprint = threadScratch<std::vector<uintptr_t>, struct SetFingerprintPlace>();
-  setFingerprint(model, fingerprint);
+  sampleFingerprint(model, model.parameters, fingerprint);
   std::lock_guard<std::mutex> lock(model.shapeSetMutex);
   if (fingerprint == model.shapeSetFingerprint) {
     out = model.reversibleGestures;
@@ -269,10 +256,14 @@ void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
   std::vector<char>& reversible = model.reversibleGestures;
   const size_t gestureCount = model.gestures.size();
   reversible.assign(gestureCount, 1);
-  // The closed samples checked of each gesture, and how near the gesture's samples come to one
-  // another (the median of their nearest distances to their own gesture; infinite for a single
-  // sample, which has nothing to measure against).
-  std::vector<std::vector<const Stroke*>> checked(gestureCount);
+  // The closed samples checked of each gesture with their nearest distances to every gesture, and
+  // how near the gesture's samples come to one another (the median of their nearest distances to
+  // their own gesture; infinite for a single sample, which has nothing to measure against).
+  struct Checked {
+    const Stroke* sample;
+    std::vector<double> forwards;
+  };
+  std::vector<std::vector<Checked>> checked(gestureCount);
   std::vector<double> typical(gestureCount, std::numeric_limits<double>::infinity());
   std::vector<double> distances(gestureCount);
   for (size_t g = 0; g < gestureCount; ++g) {
@@ -286,9 +277,9 @@ void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
     std::vector<double> nearest;
     for (size_t k = 0; k < count; ++k) {
       const Stroke* sample = closed[k * closed.size() / count];
-      checked[g].push_back(sample);
       nearestToShape(model, storedShape(*sample, model.parameters), distances.data(), sample, true, nullptr);
       if (std::isfinite(distances[g])) nearest.push_back(distances[g]);
+      checked[g].push_back({sample, distances});
     }
     if (nearest.empty()) continue;
     std::nth_element(nearest.begin(), nearest.begin() + static_cast<std::ptrdiff_t>(nearest.size() / 2), nearest.end());
@@ -298,15 +289,13 @@ void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
   // those come to one another, is that gesture drawn the other way.
   StrokeShape backwards;
   backwards.closed = true;
-  std::vector<double> forwards(gestureCount);
   for (size_t g = 0; g < gestureCount; ++g) {
-    for (const Stroke* sample : checked[g]) {
-      nearestToShape(model, storedShape(*sample, model.parameters), forwards.data(), sample, true, nullptr);
-      reversedFrom(storedShape(*sample, model.parameters).path, 0, backwards.path);
-      nearestToShape(model, backwards, distances.data(), sample, true, nullptr);
+    for (const Checked& check : checked[g]) {
+      reversedFrom(storedShape(*check.sample, model.parameters).path, 0, backwards.path);
+      nearestToShape(model, backwards, distances.data(), check.sample, true, nullptr);
       for (size_t h = 0; h < gestureCount; ++h) {
         if (h != g && std::isfinite(typical[h]) && distances[h] < kMirrorShare * typical[h] &&
-            distances[h] < kMirrorGain * forwards[h]) {
+            distances[h] < kMirrorGain * check.forwards[h]) {
           reversible[g] = reversible[h] = 0;
         }
       }

@@ -28,9 +28,6 @@ struct Detection {
 
 // Appends the typical path length of each enabled gesture with samples, and gives what the
 // moving gestures among such lengths measure: a reference for several sets (one per hand) alike.
-// What the detector learns from, in a few numbers: equal numbers, equal samples and settings.
-void sampleFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out);
-
 void appendGestureLengths(const GestureModel& model, const ModelParameters& parameters, std::vector<double>& out);
 double movingGestureLength(const std::vector<double>& lengths);
 
