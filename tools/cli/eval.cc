@@ -275,8 +275,7 @@ nlohmann::json measure(const EvalOptions& options) {
   return result;
 }
 
-// What a table cell shows: accuracy, or F1 for detection, in percent; and the counts behind it
-// that a pooled row adds up (right answers, and what they are out of).
+// What a table cell shows: accuracy, or F1 for detection, in percent.
 double cellValue(const EvalOptions& options, const nlohmann::json& result) {
   return 100 * (options.continuous ? result["f1"].get<double>() : result["accuracy"]["mean"].get<double>());
 }
