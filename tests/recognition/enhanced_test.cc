@@ -88,8 +88,10 @@ TEST(EnhancedRecognitionTest, SwitchIsRefusedWhileJobsRunAndForOtherValues) {
 }
 
 // Two samples a gesture and no training: the plain mode compares a few samples in each stroke's
-// own frame and mixes the turned copies up; the enhanced mode keeps the orientation.
-TEST(EnhancedRecognitionTest, TellsApartTurnedCopiesFromTwoSamplesEach) {
+// own frame and mixes the turned copies up; the enhanced mode keeps the orientation. It needs no
+// network: training ends at once, scored by how the samples identify one another, and leaves the
+// statistics behind similarity values.
+TEST(EnhancedRecognitionTest, TellsApartTurnedCopiesFromTwoSamplesEachAndTrainsAtOnce) {
   std::mt19937 rng(11);
   std::unique_ptr<GestureRecognition> r = turnedVSet(rng);
   const int plain = correctOf40(*r, rng);
@@ -106,14 +108,7 @@ TEST(EnhancedRecognitionTest, TellsApartTurnedCopiesFromTwoSamplesEach) {
   ASSERT_EQ(n, 4);
   EXPECT_NEAR(p[0] + p[1] + p[2] + p[3], 1.0, 1e-9);
   EXPECT_GT(p[2], 0.5);
-}
 
-// The mode needs no network: training ends at once, scored by how the samples identify one
-// another, and leaves the statistics behind similarity values.
-TEST(EnhancedRecognitionTest, TrainingEndsAtOnceWithTheSamplesScore) {
-  std::mt19937 rng(3);
-  std::unique_ptr<GestureRecognition> r = turnedVSet(rng);
-  ASSERT_EQ(r->setEnhancedRecognition(1), ReturnCode_Success);
   r->maxTrainingTime = 60;
   const auto start = std::chrono::steady_clock::now();
   ASSERT_EQ(r->startTraining(), ReturnCode_Success);
