@@ -165,7 +165,9 @@ try {
   for (const w of web) {
     const n = native.find((x) => x.mode === w.mode);
     rows.push({ mode: w.mode, ...Object.fromEntries(['frameIdentifyUs', 'frameDetectUs', 'endStrokeUs'].map((k) => [k, { chromium: w[k], native: n[k], ratio: +(w[k] / n[k]).toFixed(2) }])) });
-    check(w.correct === w.strokes, `the timing workload is identified alike (${w.mode})`, `${w.correct} of ${w.strokes}`);
+    // As the native build answers with the same file (a briefly trained network may miss a few).
+    check(w.correct === n.correct, `the timing workload is identified alike (${w.mode})`,
+      `${w.correct} of ${w.strokes}, natively ${n.correct}`);
     report(`identification at the stroke's end (${w.mode})`,
       `${w.endStrokeUs.toFixed(1)} us against ${n.endStrokeUs.toFixed(1)} us native (${(w.endStrokeUs / n.endStrokeUs).toFixed(2)}x)`);
   }
