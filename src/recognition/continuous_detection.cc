@@ -71,7 +71,51 @@ constexpr size_t kRejectedGestures = 32;
 constexpr double kThresholdReach = 1.3;
 constexpr double kSingleSampleReach = 2.0;
 
+// A gesture begins where the hand slows or rests between the move that brings it there and the
+// gesture itself, as its samples begin slowly: a match whose start the hand swept through at
+// speed is the middle of a longer motion (a circle inside a figure that is not among the
+// samples). The hand's slowest moment near the start, against the match's mean speed, may be at
+// most this many times the samples' own, and at least kStartSlowness.
+constexpr double kStartSlownessFactor = 3.0;
+constexpr double kStartSlowness = 0.6;
+// The moments of that measure: the speed over this span, looked for this far before a start and
+// this share of the match after it (at most kStartSeconds).
+constexpr double kSpeedSpan = 0.1;
+constexpr double kBeforeStartSeconds = 0.4;
+constexpr double kStartShare = 0.25;
+constexpr double kStartSeconds = 0.3;
+
 using Motion = std::vector<TimedPoint>;
+
+// The slowest the motion went around `start` (see kStartSlowness): its least speed over any span
+// of kSpeedSpan seconds from `before` seconds before the start to a little after it, against its
+// mean speed from `start` to `end`. Infinite when that cannot be told.
+double startSlowness(const Motion& motion, double start, double end, double before) {
+  const auto at = [&](double time) {
+    return static_cast<size_t>(std::lower_bound(motion.begin(), motion.end(), time,
+                                                [](const TimedPoint& point, double t) { return point.time < t; }) -
+                               motion.begin());
+  };
+  const size_t first = at(start - before), begun = at(start), last = std::min(at(end), motion.size() - 1);
+  const size_t reach = at(start + std::min(kStartSeconds, kStartShare * (end - start)));
+  if (motion.empty() || !(end > start) || begun >= last) return std::numeric_limits<double>::infinity();
+  // Distances along the motion from its point `first`.
+  std::vector<double>& along = threadScratch<std::vector<double>, struct AlongPlace>();
+  along.assign(1, 0.0);
+  for (size_t i = first + 1; i <= last; ++i) along.push_back(along.back() + (motion[i].position - motion[i - 1].position).norm());
+  const double mean = (along[last - first] - along[begun - first]) / (motion[last].time - motion[begun].time);
+  if (!(mean > 0.0)) return std::numeric_limits<double>::infinity();
+  double slowest = std::numeric_limits<double>::infinity();
+  for (size_t i = first, k = first; i <= reach && i <= last; ++i) {
+    k = std::max(k, i);
+    // (Frame times are not exact: a span a hair short of kSpeedSpan is one.)
+    while (k < last && motion[k].time - motion[i].time < 0.99 * kSpeedSpan) ++k;
+    const double span = motion[k].time - motion[i].time;
+    if (span < 0.99 * kSpeedSpan) break;  // the motion ends within the span
+    slowest = std::min(slowest, (along[k - first] - along[i - first]) / (span * mean));
+  }
+  return slowest;
+}
 
 Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitX()).toRotationMatrix(); }
 
@@ -265,6 +309,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   historySeconds_ = 0.0;
   longestPath_ = 0.0;
   still_.assign(model.gestures.size(), false);
+  startSlowness_.assign(model.gestures.size(), 0.0);
   std::vector<std::vector<Motion>> recorded(model.gestures.size());
   for (size_t g = 0; g < model.gestures.size(); ++g) recorded[g] = gestureMotions(*model.gestures[g], parameters);
   double reference = referenceLength_;
@@ -288,6 +333,13 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       continue;
     }
     const size_t count = recorded[g].size();
+    // How slow the gesture's samples begin: the upper quartile over its samples.
+    std::vector<double> slowness;
+    for (const Motion& motion : recorded[g]) {
+      const double measured = startSlowness(motion, motion.front().time, motion.back().time, 0.0);
+      if (std::isfinite(measured)) slowness.push_back(measured);
+    }
+    startSlowness_[g] = slowness.empty() ? std::numeric_limits<double>::infinity() : upperQuartile(slowness);
     for (size_t k = 0; k < count; ++k) {
       Motion& motion = recorded[g][k];
       StoredPath stored;
@@ -520,6 +572,11 @@ void ContinuousDetector::confirmCandidates() {
     Candidate& candidate = candidates_[g];
     if (!candidate.present) continue;
     candidate.present = false;
+    // Begun where the hand slowed, as the gesture's samples begin.
+    if (startSlowness(history_, candidate.start, candidate.end, kBeforeStartSeconds) >
+        std::max(kStartSlowness, kStartSlownessFactor * startSlowness_[g])) {
+      continue;
+    }
     stretchOf(history_, candidate.start, candidate.end, candidate.tilt, stretch);
     if (stretch.size() < 2) continue;
     const double shapeRatio =

@@ -1,6 +1,7 @@
 // Detection of performed gestures in a running motion: every stored sample (up to a few a
 // gesture) is matched against the motion step by step, a match that beats its gesture's threshold
-// becomes a candidate, and a candidate is reported once nothing better has come for a moment.
+// becomes a candidate, and a candidate is reported once nothing better has come for a moment,
+// if the hand slowed where it began as the gesture's samples do when they begin.
 // The thresholds are learned from the samples themselves: how well a gesture's samples match one
 // another against how well other gestures' samples and motions spliced from them match it.
 #ifndef ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
@@ -102,6 +103,9 @@ class ContinuousDetector {
   std::vector<double> thresholds_;  // per gesture; 0 for gestures that are never detected
   std::vector<double> shapeThresholds_;
   std::vector<bool> still_;
+  // Per gesture: how slow its samples begin (the slowest moment of their start against their
+  // mean speed), which says how slow a performance of it must begin.
+  std::vector<double> startSlowness_;
   double referenceLength_ = 0.0;
   // The filtered motion, as long back as the slowest match may reach.
   std::vector<TimedPoint> history_;

@@ -49,16 +49,28 @@ class MotionBuilder {
     }
   }
 
+  // A straight move at one speed throughout.
+  void glide(const Point& to, double seconds) {
+    const Point from = current_;
+    const int count = framesFor(seconds);
+    for (int i = 1; i <= count; ++i) {
+      const double s = static_cast<double>(i) / count;
+      current_ = {from[0] + (to[0] - from[0]) * s, from[1] + (to[1] - from[1]) * s, from[2] + (to[2] - from[2]) * s};
+      points.push_back(current_);
+    }
+  }
+
   // One performance of a fixture shape, begun where the hand is, `size` metres across (the hand
-  // is at its first point already).
-  void perform(int shape, double seconds, double size) {
+  // is at its first point already); `eased`: beginning and ending at rest, as people do.
+  void perform(int shape, double seconds, double size, bool eased = false) {
     double x0 = 0, y0 = 0;
     shapeOffset(shape, 0.0, x0, y0);
     const Point from = current_;
     const int count = framesFor(seconds);
     for (int i = 1; i <= count; ++i) {
       double x = 0, y = 0;
-      shapeOffset(shape, static_cast<double>(i) / count, x, y);
+      const double s = static_cast<double>(i) / count;
+      shapeOffset(shape, eased ? s * s * s * (10 - 15 * s + 6 * s * s) : s, x, y);
       current_ = {from[0] + 0.5 * size * (x - x0), from[1] + 0.5 * size * (y - y0), from[2]};
       points.push_back(current_);
     }
@@ -84,11 +96,11 @@ class MotionBuilder {
 
 // Records one sample of `shape` taking `seconds`, on the host's clock from `startTime`.
 inline void recordTimedSample(IGestureRecognition& r, int shape, int gesture, double seconds, double size,
-                              double startTime, unsigned seed) {
+                              double startTime, unsigned seed, bool eased = false) {
   const MotionBuilder::Point start = MotionBuilder::startFor(shape, size, {0.0, 1.4, 0.45});
   MotionBuilder motion(seed, start);
   motion.points.push_back(start);
-  motion.perform(shape, seconds, size);
+  motion.perform(shape, seconds, size, eased);
   const double head[3] = {0.0, 1.7, 0.0};
   const double facing[4] = {0.0, 0.0, 0.0, 1.0};
   r.setHostTime(startTime);
