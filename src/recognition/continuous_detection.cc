@@ -87,34 +87,42 @@ constexpr double kStartSeconds = 0.3;
 
 using Motion = std::vector<TimedPoint>;
 
-// The slowest the motion went around `start` (see kStartSlowness): its least speed over any span
-// of kSpeedSpan seconds from `before` seconds before the start to a little after it, against its
-// mean speed from `start` to `end`. Infinite when that cannot be told.
-double startSlowness(const Motion& motion, double start, double end, double before) {
+// The slowest the motion went from `from` to `to` seconds: its least speed over any span of
+// kSpeedSpan seconds within, against its mean speed from `start` to `end` (a match). Infinite
+// when that cannot be told.
+double slowestBetween(const Motion& motion, double from, double to, double start, double end) {
   const auto at = [&](double time) {
     return static_cast<size_t>(std::lower_bound(motion.begin(), motion.end(), time,
                                                 [](const TimedPoint& point, double t) { return point.time < t; }) -
                                motion.begin());
   };
-  const size_t first = at(start - before), begun = at(start), last = std::min(at(end), motion.size() - 1);
-  const size_t reach = at(start + std::min(kStartSeconds, kStartShare * (end - start)));
-  if (motion.empty() || !(end > start) || begun >= last) return std::numeric_limits<double>::infinity();
+  if (motion.empty() || !(end > start)) return std::numeric_limits<double>::infinity();
+  const size_t first = std::min(at(std::min(from, start)), motion.size() - 1);
+  const size_t last = std::min(at(std::max(to, end)), motion.size() - 1);
+  const size_t begun = at(start), ended = std::min(at(end), last), reach = std::min(at(to), last);
+  if (begun >= ended) return std::numeric_limits<double>::infinity();
   // Distances along the motion from its point `first`.
   std::vector<double>& along = threadScratch<std::vector<double>, struct AlongPlace>();
   along.assign(1, 0.0);
   for (size_t i = first + 1; i <= last; ++i) along.push_back(along.back() + (motion[i].position - motion[i - 1].position).norm());
-  const double mean = (along[last - first] - along[begun - first]) / (motion[last].time - motion[begun].time);
+  const double mean = (along[ended - first] - along[begun - first]) / (motion[ended].time - motion[begun].time);
   if (!(mean > 0.0)) return std::numeric_limits<double>::infinity();
   double slowest = std::numeric_limits<double>::infinity();
-  for (size_t i = first, k = first; i <= reach && i <= last; ++i) {
+  for (size_t i = at(from), k = i; i < reach; ++i) {
     k = std::max(k, i);
     // (Frame times are not exact: a span a hair short of kSpeedSpan is one.)
-    while (k < last && motion[k].time - motion[i].time < 0.99 * kSpeedSpan) ++k;
+    while (k < reach && motion[k].time - motion[i].time < 0.99 * kSpeedSpan) ++k;
     const double span = motion[k].time - motion[i].time;
     if (span < 0.99 * kSpeedSpan) break;  // the motion ends within the span
     slowest = std::min(slowest, (along[k - first] - along[i - first]) / (span * mean));
   }
   return slowest;
+}
+
+// The slowest the motion went around the start of a match (see kStartSlowness), looking `before`
+// seconds before it.
+double startSlowness(const Motion& motion, double start, double end, double before) {
+  return slowestBetween(motion, start - before, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
 }
 
 Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitX()).toRotationMatrix(); }
@@ -563,6 +571,17 @@ void ContinuousDetector::consider(int index, float cost, double start, double en
   pending_ = true;
 }
 
+namespace {
+
+// True when a match from `start` to `end` holds one from `heldStart` to `heldEnd`: it covers it
+// (give or take the confirmation time at either end) and lasts that much longer.
+bool holds(double start, double end, double heldStart, double heldEnd) {
+  return start <= heldStart + kConfirmSeconds && end >= heldEnd - kConfirmSeconds &&
+         end - start > heldEnd - heldStart + kConfirmSeconds;
+}
+
+}  // namespace
+
 void ContinuousDetector::confirmCandidates() {
   pending_ = false;
   std::vector<Eigen::Vector3d>& stretch = threadScratch<std::vector<Eigen::Vector3d>, struct ConfirmPlace>();
@@ -582,14 +601,12 @@ void ContinuousDetector::confirmCandidates() {
     const double shapeRatio =
         shapeDistance(stretch, static_cast<int>(g), paths_.size()) / (shapeThresholds_[g] * thresholdScale);
     // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
-    // match holds another's is the one performed (a gesture may contain a shorter one); else the
-    // one that passes best.
+    // match holds another's is the one performed (a gesture may begin or end with a shorter one);
+    // else the one that passes best.
     const double score = std::max(candidate.ratio, shapeRatio);
     if (!(score < 1.0)) continue;
-    const bool holdsBest = best.gesture >= 0 && candidate.start <= best.start + kConfirmSeconds &&
-                           candidate.end > best.end + kConfirmSeconds;
-    const bool heldByBest = best.gesture >= 0 && best.start <= candidate.start + kConfirmSeconds &&
-                            best.end > candidate.end + kConfirmSeconds;
+    const bool holdsBest = best.gesture >= 0 && holds(candidate.start, candidate.end, best.start, best.end);
+    const bool heldByBest = best.gesture >= 0 && holds(best.start, best.end, candidate.start, candidate.end);
     if (heldByBest || (!holdsBest && score >= bestScore)) continue;
     bestScore = score;
     best = {static_cast<int>(g), std::clamp(1.0 - 0.5 * score, 0.0, 1.0), candidate.start, candidate.end};
