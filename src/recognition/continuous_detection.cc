@@ -87,40 +87,50 @@ constexpr double kStartSeconds = 0.3;
 
 using Motion = std::vector<TimedPoint>;
 
-// The slowest the motion went from `from` to `to` seconds: its least speed over any span of
-// kSpeedSpan seconds within, against its mean speed from `start` to `end` (a match). Infinite
-// when that cannot be told.
+// The slowest the motion went from `from` to `to` seconds: the least distance it covered in any
+// span of kSpeedSpan seconds within, against what it covered in such spans from `start` to `end`
+// (a match) on average. Distances are taken straight from a span's first point to its last, so
+// that tracker jitter does not add to them. Not a number when that cannot be told.
 double slowestBetween(const Motion& motion, double from, double to, double start, double end) {
+  constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
   const auto at = [&](double time) {
     return static_cast<size_t>(std::lower_bound(motion.begin(), motion.end(), time,
                                                 [](const TimedPoint& point, double t) { return point.time < t; }) -
                                motion.begin());
   };
-  if (motion.empty() || !(end > start)) return std::numeric_limits<double>::infinity();
-  const size_t first = std::min(at(std::min(from, start)), motion.size() - 1);
-  const size_t last = std::min(at(std::max(to, end)), motion.size() - 1);
-  const size_t begun = at(start), ended = std::min(at(end), last), reach = std::min(at(to), last);
-  if (begun >= ended) return std::numeric_limits<double>::infinity();
-  // Distances along the motion from its point `first`.
-  std::vector<double>& along = threadScratch<std::vector<double>, struct AlongPlace>();
-  along.assign(1, 0.0);
-  for (size_t i = first + 1; i <= last; ++i) along.push_back(along.back() + (motion[i].position - motion[i - 1].position).norm());
-  const double mean = (along[ended - first] - along[begun - first]) / (motion[ended].time - motion[begun].time);
-  if (!(mean > 0.0)) return std::numeric_limits<double>::infinity();
-  double slowest = std::numeric_limits<double>::infinity();
-  for (size_t i = at(from), k = i; i < reach; ++i) {
-    k = std::max(k, i);
+  // The first point at least a span after point `i`, and not past `limit`.
+  const auto spanEnd = [&](size_t i, size_t limit) {
+    size_t k = i;
     // (Frame times are not exact: a span a hair short of kSpeedSpan is one.)
-    while (k < reach && motion[k].time - motion[i].time < 0.99 * kSpeedSpan) ++k;
-    const double span = motion[k].time - motion[i].time;
-    if (span < 0.99 * kSpeedSpan) break;  // the motion ends within the span
-    slowest = std::min(slowest, (along[k - first] - along[i - first]) / (span * mean));
+    while (k < limit && motion[k].time - motion[i].time < 0.99 * kSpeedSpan) ++k;
+    return k;
+  };
+  const auto speed = [&](size_t i, size_t k) {
+    return (motion[k].position - motion[i].position).norm() / (motion[k].time - motion[i].time);
+  };
+  if (motion.empty() || !(end > start)) return kUnknown;
+  const size_t last = motion.size() - 1;
+  const size_t begun = std::min(at(start), last), ended = std::min(at(end), last), reach = std::min(at(to), last);
+  double covered = 0.0, spans = 0.0;
+  for (size_t i = begun, k = spanEnd(i, ended); k > i && motion[k].time - motion[i].time >= 0.99 * kSpeedSpan;
+       i = k, k = spanEnd(i, ended)) {
+    covered += speed(i, k);
+    spans += 1.0;
+  }
+  const double mean = spans > 0.0 ? covered / spans : 0.0;
+  if (!(mean > 0.0)) return kUnknown;
+  double slowest = kUnknown;
+  for (size_t i = at(from); i < reach; ++i) {
+    const size_t k = spanEnd(i, reach);
+    if (motion[k].time - motion[i].time < 0.99 * kSpeedSpan) break;  // the motion ends within the span
+    const double ratio = speed(i, k) / mean;
+    if (!(ratio >= slowest)) slowest = ratio;
   }
   return slowest;
 }
 
 // The slowest the motion went around the start of a match (see kStartSlowness), looking `before`
-// seconds before it.
+// seconds before it; not a number when that cannot be told, which no limit refuses.
 double startSlowness(const Motion& motion, double start, double end, double before) {
   return slowestBetween(motion, start - before, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
 }
