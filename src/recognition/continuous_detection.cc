@@ -53,6 +53,10 @@ constexpr double kHeadSeconds = 0.5;
 // threshold: only a match well on course may hold a shorter gesture back, since a held gesture
 // that was the one performed is reported late.
 constexpr double kUnderwayReach = 0.8;
+// Nor beyond this many times the share of its threshold that the best candidate reached: a longer
+// gesture must follow the motion about as well as the shorter one did, not merely stay within
+// its bound while the hand moves on to something else.
+constexpr double kUnderwayAgainstBest = 2.0;
 // A match goes on while the motion goes on: while its scale made a step within kConfirmSeconds,
 // or within this many of the stored sample's step times if that is longer (the hand slows at
 // the turns of a long gesture).
@@ -630,9 +634,13 @@ void ContinuousDetector::confirmCandidates() {
 
 bool ContinuousDetector::longerMatchUnderway(double now) const {
   double earliest = std::numeric_limits<double>::infinity();
+  double bestRatio = std::numeric_limits<double>::infinity();
   for (const Candidate& candidate : candidates_) {
-    if (candidate.present) earliest = std::min(earliest, candidate.start);
+    if (!candidate.present) continue;
+    earliest = std::min(earliest, candidate.start);
+    bestRatio = std::min(bestRatio, candidate.ratio);
   }
+  const double reach = std::min(kUnderwayReach, kUnderwayAgainstBest * bestRatio);
   for (size_t i = 0; i < matchers_.size(); ++i) {
     const Matcher& stored = matchers_[i];
     // A gesture already among the candidates is not the longer one; and a match only goes on
@@ -650,7 +658,7 @@ bool ContinuousDetector::longerMatchUnderway(double now) const {
       // Begun with the candidates (not long before them), on course so far, and not overdue.
       if (column.start[j] <= earliest + kConfirmSeconds &&
           column.start[j] >= earliest - stored.path.duration * done * 2.0 - kConfirmSeconds &&
-          column.cost[j] < threshold * kUnderwayReach * (j + 1) &&
+          column.cost[j] < threshold * reach * (j + 1) &&
           now - clusterEnd_ < (1.0 - done) * stored.path.duration * 2.0 + kConfirmSeconds) {
         return true;
       }
