@@ -332,6 +332,8 @@ int runEval(const EvalOptions& options) {
     }
   }
   const char* measured = options.continuous ? "F1" : "accuracy";
+  std::vector<double> pooled;
+  for (size_t t = 0; t < sizes.size(); ++t) pooled.push_back(pooledOf[t] > 0.0 ? pooledRight[t] / pooledOf[t] : 0.0);
   if (options.json) {
     nlohmann::json out;
     out["folder"] = options.recording;
@@ -347,8 +349,6 @@ int runEval(const EvalOptions& options) {
       }
       out["results"].push_back({{"recording", recordings[r]}, {"by_train_per_class", results[r]}});
     }
-    std::vector<double> pooled;
-    for (size_t t = 0; t < sizes.size(); ++t) pooled.push_back(pooledOf[t] > 0.0 ? pooledRight[t] / pooledOf[t] : 0.0);
     out["pooled"] = pooled;
     fmt::print("{}\n", out.dump(2));
     return failures > 0 ? 1 : 0;
@@ -376,7 +376,7 @@ int runEval(const EvalOptions& options) {
     fmt::print("\n");
   }
   fmt::print("  {:<{}}", "pooled", width);
-  for (size_t t = 0; t < sizes.size(); ++t) fmt::print("{:>9.1f}", pooledOf[t] > 0.0 ? 100 * pooledRight[t] / pooledOf[t] : 0.0);
+  for (double share : pooled) fmt::print("{:>9.1f}", 100 * share);
   fmt::print("\n");
   return failures > 0 ? 1 : 0;
 }
