@@ -1,10 +1,13 @@
 #include "recognition/continuous_detection.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <random>
 
 #include <Eigen/Geometry>
@@ -89,6 +92,12 @@ constexpr double kBeforeStartSeconds = 0.4;
 constexpr double kStartShare = 0.25;
 constexpr double kStartSeconds = 0.3;
 
+// How far a match's sharpness (see turnSharpness) may lie outside that of its gesture's samples,
+// as a factor; with a single sample, which says less about how people draw it, a wider one.
+constexpr double kSharpnessReach = 1.3;
+constexpr double kSingleSampleSharpnessReach = 1.5;
+constexpr double kUnbounded = std::numeric_limits<double>::infinity();
+
 using Motion = std::vector<TimedPoint>;
 
 // The slowest the motion went from `from` to `to` seconds: the least distance it covered in any
@@ -137,6 +146,31 @@ double slowestBetween(const Motion& motion, double from, double to, double start
 // seconds before it; not a number when that cannot be told, which no limit refuses.
 double startSlowness(const Motion& motion, double start, double end, double before) {
   return slowestBetween(motion, start - before, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
+}
+
+// How much of a shape's turning is done at its sharpest quarter of places, times four: near 1
+// for a path that turns evenly (a circle), up to 4 for one that runs straight between corners
+// (a square), whatever its size and orientation. Not a number for a path that hardly turns.
+double turnSharpness(const WarpingQuery& shape) {
+  constexpr double kQuarterTurn = 1.5707963267948966;
+  std::array<double, kShapePoints> turns{};
+  int count = 0;
+  double total = 0.0;
+  // Each place's turn between the chords to the places two either side: a fast motion's few
+  // points make its path a polygon at a finer scale, which would turn at the points only.
+  for (int i = 2; i + 2 < kShapePoints; ++i) {
+    const Eigen::Vector3f in(shape.x[i] - shape.x[i - 2], shape.y[i] - shape.y[i - 2], shape.z[i] - shape.z[i - 2]);
+    const Eigen::Vector3f out(shape.x[i + 2] - shape.x[i], shape.y[i + 2] - shape.y[i], shape.z[i + 2] - shape.z[i]);
+    if (in.squaredNorm() == 0.0f || out.squaredNorm() == 0.0f) continue;
+    const double turn = std::atan2(static_cast<double>(in.cross(out).norm()), static_cast<double>(in.dot(out)));
+    turns[static_cast<size_t>(count++)] = turn;
+    total += turn;
+  }
+  // Hardly any turning: nothing to tell.
+  if (!(total > kQuarterTurn) || count < 4) return std::numeric_limits<double>::quiet_NaN();
+  const auto quarter = turns.begin() + count / 4;
+  std::nth_element(turns.begin(), quarter, turns.begin() + count, std::greater<double>());
+  return 4.0 * std::accumulate(turns.begin(), quarter, 0.0) / total;
 }
 
 Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitX()).toRotationMatrix(); }
@@ -332,6 +366,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   longestPath_ = 0.0;
   still_.assign(model.gestures.size(), false);
   startSlowness_.assign(model.gestures.size(), 0.0);
+  sharpness_.assign(model.gestures.size(), Sharpness());
   std::vector<std::vector<Motion>> recorded(model.gestures.size());
   for (size_t g = 0; g < model.gestures.size(); ++g) recorded[g] = gestureMotions(*model.gestures[g], parameters);
   double reference = referenceLength_;
@@ -362,6 +397,9 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       if (std::isfinite(measured)) slowness.push_back(measured);
     }
     startSlowness_[g] = slowness.empty() ? std::numeric_limits<double>::infinity() : upperQuartile(slowness);
+    const double reach = count > 1 ? kSharpnessReach : kSingleSampleSharpnessReach;
+    Sharpness& sharpness = sharpness_[g];
+    sharpness = {std::numeric_limits<double>::infinity(), 0.0};
     for (size_t k = 0; k < count; ++k) {
       Motion& motion = recorded[g][k];
       StoredPath stored;
@@ -371,6 +409,10 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
       makePathShape(positionsOf(motion), true, stored.shape);
+      const double sharp = turnSharpness(stored.shape.path);
+      // A sample whose sharpness cannot be told leaves any to its gesture.
+      sharpness.lowest = std::min(sharpness.lowest, std::isfinite(sharp) ? sharp / reach : 0.0);
+      sharpness.highest = std::max(sharpness.highest, std::isfinite(sharp) ? sharp * reach : kUnbounded);
       longestPath_ = std::max(longestPath_, stored.path.stepLength * stored.path.steps);
       historySeconds_ = std::clamp(stored.path.duration * kSpeedTolerance + 1.0, historySeconds_, kMaxHistorySeconds);
       for (const Variant& variant : kVariants) {
@@ -418,6 +460,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
     }
     if (own.empty()) continue;
     std::vector<float> accepted, rejected, acceptedShape, rejectedShape;
+    StrokeShape query;
     // `from`: the stored path the motion came from, left out unless it is the gesture's only one.
     const auto judge = [&](const Motion& motion, size_t from, bool accept) {
       const size_t skip = own.size() == 1 ? paths_.size() : from;
@@ -445,8 +488,11 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       }
       std::vector<Eigen::Vector3d>& stretch = threadScratch<std::vector<Eigen::Vector3d>, struct StretchPlace>();
       stretchOf(motion, best.start, best.end, bestTilt, stretch);
-      const float shape = stretch.size() < 2 ? std::numeric_limits<float>::infinity()
-                                              : shapeDistance(stretch, static_cast<int>(g), skip);
+      float shape = std::numeric_limits<float>::infinity();
+      if (stretch.size() >= 2) {
+        makePathShape(stretch, false, query);
+        shape = shapeDistance(query, static_cast<int>(g), skip);
+      }
       (accept ? accepted : rejected).push_back(best.cost);
       (accept ? acceptedShape : rejectedShape).push_back(shape);
     };
@@ -471,9 +517,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   }
 }
 
-float ContinuousDetector::shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture, size_t skip) const {
-  StrokeShape query;
-  makePathShape(motion, false, query);
+float ContinuousDetector::shapeDistance(const StrokeShape& query, int gesture, size_t skip) const {
   PlaceValues bounds[kShapeLanes];
   WarpingLane lanes[kShapeLanes];
   float found[kShapeLanes];
@@ -599,6 +643,7 @@ bool holds(double start, double end, double heldStart, double heldEnd) {
 void ContinuousDetector::confirmCandidates() {
   pending_ = false;
   std::vector<Eigen::Vector3d>& stretch = threadScratch<std::vector<Eigen::Vector3d>, struct ConfirmPlace>();
+  StrokeShape& query = threadScratch<StrokeShape, struct ConfirmShapePlace>();
   Detection best;
   double bestScore = std::numeric_limits<double>::infinity();
   for (size_t g = 0; g < candidates_.size(); ++g) {
@@ -612,8 +657,12 @@ void ContinuousDetector::confirmCandidates() {
     }
     stretchOf(history_, candidate.start, candidate.end, candidate.tilt, stretch);
     if (stretch.size() < 2) continue;
+    makePathShape(stretch, false, query);
+    // Turning evenly or at corners, as the gesture's samples do.
+    const double sharpness = turnSharpness(query.path);
+    if (sharpness < sharpness_[g].lowest || sharpness > sharpness_[g].highest) continue;
     const double shapeRatio =
-        shapeDistance(stretch, static_cast<int>(g), paths_.size()) / (shapeThresholds_[g] * thresholdScale);
+        shapeDistance(query, static_cast<int>(g), paths_.size()) / (shapeThresholds_[g] * thresholdScale);
     // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
     // match holds another's is the one performed (a gesture may begin or end with a shorter one);
     // else the one that passes best.

@@ -1,13 +1,15 @@
 // Detection of performed gestures in a running motion: every stored sample (up to a few a
 // gesture) is matched against the motion step by step, a match that beats its gesture's threshold
 // becomes a candidate, and a candidate is reported once nothing better has come for a moment,
-// if the hand slowed where it began as the gesture's samples do when they begin.
+// if the hand slowed where it began as the gesture's samples do when they begin, and the stretch
+// turns as evenly (or at corners) as they do.
 // The thresholds are learned from the samples themselves: how well a gesture's samples match one
 // another against how well other gestures' samples and motions spliced from them match it.
 #ifndef ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
 #define ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
 
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include <Eigen/Geometry>
@@ -84,9 +86,9 @@ class ContinuousDetector {
   };
 
   void learn(const GestureModel& model, const ModelParameters& parameters);
-  // The shape distance of a motion to the nearest sample of one gesture, leaving out the stored
-  // path `skip`.
-  float shapeDistance(const std::vector<Eigen::Vector3d>& motion, int gesture, size_t skip) const;
+  // The shape distance of a stretch of motion (its path shape) to the nearest sample of one
+  // gesture, leaving out the stored path `skip`.
+  float shapeDistance(const StrokeShape& query, int gesture, size_t skip) const;
   void consider(int matcher, float cost, double start, double end);
   // Picks the gesture of the overlapping candidates whose matched stretch also has the shape of
   // its samples, reports it and forgets every match that began inside it.
@@ -106,6 +108,13 @@ class ContinuousDetector {
   // Per gesture: how slow its samples begin (the slowest moment of their start against their
   // mean speed), which says how slow a performance of it must begin.
   std::vector<double> startSlowness_;
+  // Per gesture: the sharpness a performance may have (how much of its turning is done at
+  // corners), from its samples' with some reach.
+  struct Sharpness {
+    double lowest = 0.0;
+    double highest = std::numeric_limits<double>::infinity();
+  };
+  std::vector<Sharpness> sharpness_;
   double referenceLength_ = 0.0;
   // The filtered motion, as long back as the slowest match may reach.
   std::vector<TimedPoint> history_;

@@ -110,6 +110,10 @@ TEST(DetectionTest, ReportsEachPerformanceOnceAndNothingElse) {
   motion.perform(kShapes[0], 1.2, 0.25);
   motion.glide(below, 0.4);
   motion.idle(1.5);
+  // And a square, begun and ended at rest where the circle would be: not a circle.
+  motion.move(MotionBuilder::startFor(4, 0.25, {0.0, 1.4, 0.45}), 0.6);
+  motion.perform(4, 1.2, 0.25, true);
+  motion.idle(1.5);
   for (bool enhanced : {true, false}) {
     SCOPED_TRACE(enhanced ? "enhanced, untrained" : "plain, trained");
     Recognizer r = makeRecorded(enhanced);
