@@ -4,6 +4,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <functional>
+#include <limits>
+#include <numeric>
 #include <vector>
 
 #include "features/feature_extraction.h"
@@ -185,6 +188,7 @@ void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, Stroke
   const float gapX = out.x[kShapePoints - 1] - out.x[0], gapY = out.y[kShapePoints - 1] - out.y[0],
               gapZ = out.z[kShapePoints - 1] - out.z[0];
   shape.closed = radius > 0.0 && std::sqrt(gapX * gapX + gapY * gapY + gapZ * gapZ) < kClosedGap;
+  shape.sharpness = turnSharpness(out);
   if (!stored) return;
   WarpingEnvelope& box = shape.envelope;
   envelope(out.x, kShapePoints, box.lowX, box.highX);
@@ -193,6 +197,28 @@ void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, Stroke
   envelope(out.dx, kShapePoints - 1, box.lowDx, box.highDx);
   envelope(out.dy, kShapePoints - 1, box.lowDy, box.highDy);
   envelope(out.dz, kShapePoints - 1, box.lowDz, box.highDz);
+}
+
+double turnSharpness(const WarpingQuery& shape) {
+  constexpr double kQuarterTurn = 1.5707963267948966;
+  std::array<double, kShapePoints> turns{};
+  int count = 0;
+  double total = 0.0;
+  // Each place's turn between the chords to the places two either side: a fast motion's few
+  // points make its path a polygon at a finer scale, which would turn at the points only.
+  for (int i = 2; i + 2 < kShapePoints; ++i) {
+    const Eigen::Vector3f in(shape.x[i] - shape.x[i - 2], shape.y[i] - shape.y[i - 2], shape.z[i] - shape.z[i - 2]);
+    const Eigen::Vector3f out(shape.x[i + 2] - shape.x[i], shape.y[i + 2] - shape.y[i], shape.z[i + 2] - shape.z[i]);
+    if (in.squaredNorm() == 0.0f || out.squaredNorm() == 0.0f) continue;
+    const double turn = std::atan2(static_cast<double>(in.cross(out).norm()), static_cast<double>(in.dot(out)));
+    turns[static_cast<size_t>(count++)] = turn;
+    total += turn;
+  }
+  // Hardly any turning: nothing to tell.
+  if (!(total > kQuarterTurn) || count < 4) return std::numeric_limits<double>::quiet_NaN();
+  const auto quarter = turns.begin() + count / 4;
+  std::nth_element(turns.begin(), quarter, turns.begin() + count, std::greater<double>());
+  return 4.0 * std::accumulate(turns.begin(), quarter, 0.0) / total;
 }
 
 void startAt(const WarpingQuery& path, int first, WarpingQuery& out) {

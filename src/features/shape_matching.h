@@ -4,12 +4,13 @@
 #ifndef ZANDO_FEATURES_SHAPE_MATCHING_H
 #define ZANDO_FEATURES_SHAPE_MATCHING_H
 
-#include "features/model_parameters.h"
-#include "features/shape_warping.h"
+#include <limits>
 #include <vector>
 
 #include <Eigen/Core>
 
+#include "features/model_parameters.h"
+#include "features/shape_warping.h"
 #include "spatial/spatial.h"
 
 namespace zando {
@@ -25,7 +26,15 @@ struct StrokeShape {
   // The path ends about where it began (a circle, a square): where along it a performance starts
   // is a matter of habit, and such shapes are also compared from other starting points.
   bool closed = false;
+  // See turnSharpness; not a number until made.
+  double sharpness = std::numeric_limits<double>::quiet_NaN();
 };
+
+// How much of a path's turning is done at its sharpest quarter of places, times four: near 1 for a
+// path that turns evenly (a circle), up to 4 for one that runs straight between corners (a
+// square), whatever its size, orientation and direction. Not a number for a path that hardly
+// turns.
+double turnSharpness(const WarpingQuery& path);
 
 // The same closed path begun at its point `first` (and ending there again).
 void startAt(const WarpingQuery& path, int first, WarpingQuery& out);

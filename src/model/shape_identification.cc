@@ -103,6 +103,45 @@ constexpr size_t kOrderedAtOnce = 64;
 // 10 % farther than the nearest keeps e^-1 of its weight.
 constexpr double kRatioSharpness = 10.0;
 
+// A stroke whose sharpness (see turnSharpness) lies outside what a gesture's samples show is
+// farther from that gesture: its distances grow by this weight times how far outside it lies (in
+// the logarithm). People draw circles and squares loosely, either way round and from anywhere,
+// and a circle read from another start or the other way comes close to a square; how evenly a
+// stroke turns tells them apart whatever its start, direction, size or tilt.
+constexpr double kSharpnessWeight = 3.0;
+// What counts as inside: the samples' range widened by this factor either way, and at least this
+// far either way from its middle (in the logarithm), since a few samples show little of the range.
+constexpr double kSharpnessReach = 1.1;
+constexpr double kSharpnessLeeway = 0.2;
+
+// Per gesture, what its distances are multiplied by for a stroke of the given sharpness: 1 within
+// the range of its candidates' sharpness, more outside.
+void sharpnessFactors(int gestureCount, const std::vector<Candidate>& candidates, double sharpness,
+                      std::vector<float>& factors) {
+  const size_t count = static_cast<size_t>(gestureCount);
+  factors.assign(count, 1.0f);
+  if (!std::isfinite(sharpness) || !(sharpness > 0.0)) return;
+  std::vector<double>& lowest = threadScratch<std::vector<double>, struct LowestSharpnessPlace>();
+  std::vector<double>& highest = threadScratch<std::vector<double>, struct HighestSharpnessPlace>();
+  lowest.assign(count, std::numeric_limits<double>::infinity());
+  highest.assign(count, 0.0);
+  for (const Candidate& candidate : candidates) {
+    const size_t g = static_cast<size_t>(candidate.gesture);
+    const double own = candidate.shape->sharpness;
+    if (!(own > 0.0) || !std::isfinite(own)) continue;
+    lowest[g] = std::min(lowest[g], own);
+    highest[g] = std::max(highest[g], own);
+  }
+  const double stroke = std::log(sharpness);
+  for (size_t g = 0; g < count; ++g) {
+    if (!(highest[g] > 0.0)) continue;  // no sample to tell by
+    const double middle = 0.5 * (std::log(highest[g]) + std::log(lowest[g]));
+    const double reach =
+        std::max(0.5 * std::log(highest[g] / lowest[g]) + std::log(kSharpnessReach), kSharpnessLeeway);
+    factors[g] = static_cast<float>(1.0 + kSharpnessWeight * std::max(0.0, std::abs(stroke - middle) - reach));
+  }
+}
+
 }  // namespace
 
 bool shapeMatchingApplies(const GestureModel& model) {
@@ -135,6 +174,8 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
   }
   // Grown, never shrunk: the per-place bounds of every sample are kept for the warping.
   if (bounds.size() < candidates.size()) bounds.resize(candidates.size());
+  std::vector<float>& factorOf = threadScratch<std::vector<float>, struct SharpnessFactorPlace>();
+  sharpnessFactors(model.gestureCount(), candidates, query.sharpness, factorOf);
 
   const bool perGesture = distances != nullptr;
   nearestOf.assign(perGesture ? static_cast<size_t>(model.gestureCount()) : 1, kFar);
@@ -145,7 +186,8 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
   // One pass of a path against the samples (or the closed ones): the cheap bound of each first;
   // the warping runs on the most promising samples, several at once, and skips every sample whose
   // bound cannot beat what its gesture (or, when only the nearest gesture is asked for, any
-  // gesture) has found, in this pass or an earlier one.
+  // gesture) has found, in this pass or an earlier one. Bounds, limits and distances are all
+  // taken times the gesture's sharpness factor.
   const auto pass = [&](const WarpingQuery& path, Against against) {
     order.clear();
     // A sample whose bound passes the nearest distance found so far is left out at once.
@@ -158,7 +200,8 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
         continue;
       }
       const float limit = nearestFor(candidate.gesture);
-      const float bound = placeBounds(path, candidate.shape->envelope, bounds[i], limit);
+      const float factor = factorOf[static_cast<size_t>(candidate.gesture)];
+      const float bound = factor * placeBounds(path, candidate.shape->envelope, bounds[i], limit / factor);
       if (!(bound > limit)) order.push_back(orderKey(bound, i));
     }
     WarpingLane batch[kShapeLanes];
@@ -186,11 +229,13 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
           next = order.size();
           break;
         }
-        batch[count] = {&candidate.shape->path, &bounds[index], limit};
+        batch[count] = {&candidate.shape->path, &bounds[index],
+                        limit / factorOf[static_cast<size_t>(candidate.gesture)]};
         batchGesture[count++] = candidate.gesture;
       }
       if (count == 0) break;
       warpPaths(path, batch, count, found);
+      for (int l = 0; l < count; ++l) found[l] *= factorOf[static_cast<size_t>(batchGesture[l])];
       for (int l = 0; l < count; ++l) {
         float& own = nearestFor(batchGesture[l]);
         // Of equal distances the lowest gesture index wins.
@@ -291,7 +336,9 @@ void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
   backwards.closed = true;
   for (size_t g = 0; g < gestureCount; ++g) {
     for (const Checked& check : checked[g]) {
-      reversedFrom(storedShape(*check.sample, model.parameters).path, 0, backwards.path);
+      const StrokeShape& forwards = storedShape(*check.sample, model.parameters);
+      reversedFrom(forwards.path, 0, backwards.path);
+      backwards.sharpness = forwards.sharpness;  // the same turns, gone through the other way
       nearestToShape(model, backwards, distances.data(), check.sample, true, nullptr);
       for (size_t h = 0; h < gestureCount; ++h) {
         if (h != g && std::isfinite(typical[h]) && distances[h] < kMirrorShare * typical[h] &&

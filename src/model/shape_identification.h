@@ -15,8 +15,10 @@ namespace zando {
 bool shapeMatchingApplies(const GestureModel& model);
 
 // The gesture of the nearest sample (of equal distances the lowest index), or -1 when nothing can
-// be compared. With `distances` (one per gesture), each gesture's distance to its nearest sample
-// is written, infinity for a gesture without one; without, only the nearest is worked out fully.
+// be compared. Distances to a gesture's samples grow when the stroke turns much more evenly, or
+// much more at corners, than they do. With `distances` (one per gesture), each gesture's distance
+// to its nearest sample is written, infinity for a gesture without one; without, only the nearest
+// is worked out fully.
 // `leaveOut`: a stored sample not compared with (the stroke itself, when scoring the set).
 // `window`: the stroke is a window of running motion (continuous identification), compared as it
 // is; a whole stroke is also compared turned a little.

@@ -1,13 +1,10 @@
 #include "recognition/continuous_detection.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <limits>
 #include <map>
-#include <numeric>
 #include <random>
 
 #include <Eigen/Geometry>
@@ -146,31 +143,6 @@ double slowestBetween(const Motion& motion, double from, double to, double start
 // seconds before it; not a number when that cannot be told, which no limit refuses.
 double startSlowness(const Motion& motion, double start, double end, double before) {
   return slowestBetween(motion, start - before, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
-}
-
-// How much of a shape's turning is done at its sharpest quarter of places, times four: near 1
-// for a path that turns evenly (a circle), up to 4 for one that runs straight between corners
-// (a square), whatever its size and orientation. Not a number for a path that hardly turns.
-double turnSharpness(const WarpingQuery& shape) {
-  constexpr double kQuarterTurn = 1.5707963267948966;
-  std::array<double, kShapePoints> turns{};
-  int count = 0;
-  double total = 0.0;
-  // Each place's turn between the chords to the places two either side: a fast motion's few
-  // points make its path a polygon at a finer scale, which would turn at the points only.
-  for (int i = 2; i + 2 < kShapePoints; ++i) {
-    const Eigen::Vector3f in(shape.x[i] - shape.x[i - 2], shape.y[i] - shape.y[i - 2], shape.z[i] - shape.z[i - 2]);
-    const Eigen::Vector3f out(shape.x[i + 2] - shape.x[i], shape.y[i + 2] - shape.y[i], shape.z[i + 2] - shape.z[i]);
-    if (in.squaredNorm() == 0.0f || out.squaredNorm() == 0.0f) continue;
-    const double turn = std::atan2(static_cast<double>(in.cross(out).norm()), static_cast<double>(in.dot(out)));
-    turns[static_cast<size_t>(count++)] = turn;
-    total += turn;
-  }
-  // Hardly any turning: nothing to tell.
-  if (!(total > kQuarterTurn) || count < 4) return std::numeric_limits<double>::quiet_NaN();
-  const auto quarter = turns.begin() + count / 4;
-  std::nth_element(turns.begin(), quarter, turns.begin() + count, std::greater<double>());
-  return 4.0 * std::accumulate(turns.begin(), quarter, 0.0) / total;
 }
 
 Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitX()).toRotationMatrix(); }
@@ -409,7 +381,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
       makePathShape(positionsOf(motion), true, stored.shape);
-      const double sharp = turnSharpness(stored.shape.path);
+      const double sharp = stored.shape.sharpness;
       // A sample whose sharpness cannot be told leaves any to its gesture.
       sharpness.lowest = std::min(sharpness.lowest, std::isfinite(sharp) ? sharp / reach : 0.0);
       sharpness.highest = std::max(sharpness.highest, std::isfinite(sharp) ? sharp * reach : kUnbounded);
@@ -659,7 +631,7 @@ void ContinuousDetector::confirmCandidates() {
     if (stretch.size() < 2) continue;
     makePathShape(stretch, false, query);
     // Turning evenly or at corners, as the gesture's samples do.
-    const double sharpness = turnSharpness(query.path);
+    const double sharpness = query.sharpness;
     if (sharpness < sharpness_[g].lowest || sharpness > sharpness_[g].highest) continue;
     const double shapeRatio =
         shapeDistance(query, static_cast<int>(g), paths_.size()) / (shapeThresholds_[g] * thresholdScale);

@@ -178,6 +178,9 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
   EXPECT_GE(firstOf10(circle, {kSquare, kPi, 1.0, 0.0}, {kCircle, kPi, 1.0, 0.0}), 9);
   EXPECT_GE(firstOf10(circle, {kEllipse, 0.0, 1.0, 0.0}, {kCircle, 0.0, 1.0, 0.5}), 9);
   EXPECT_GE(firstOf10(circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}), 9);
+  // And a square begun elsewhere, going the other way and tipped is a square, beside flat ellipses
+  // that it follows more closely as it is read.
+  EXPECT_GE(firstOf10({kSquare, 0.0, 1.0, 0.0}, {kEllipse, kPi, -1.0, 0.0}, {kSquare, kPi / 2, -1.0, 0.5}), 9);
   // Circles going clockwise (gesture 0) and anticlockwise (gesture 1).
   EXPECT_GE(firstOf10({kCircle, 0.0, -1.0, 0.0}, circle, {kCircle, kPi, -1.0, 0.0}), 9);
 }
