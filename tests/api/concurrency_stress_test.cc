@@ -25,8 +25,8 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using zando::testing_support::scaledSeconds;
 using zando::testing_support::scratchPath;
+using zando::testing_support::waitUntil;
 
 constexpr int kMaxRounds = 120;
 constexpr auto kBudget = std::chrono::seconds(15);  // no new round starts after this
@@ -113,13 +113,9 @@ const Face kRecognizer = FACE(GestureRecognition, false);
 const Face kCombinations = FACE(GestureCombinations, true);
 #undef FACE
 
-// A combination object has two parts; part -1 stands for a recogniser.
+// A combination object has two parts.
 void* create(const Face& face) {
   return face.combination ? GestureCombinations_create(2) : GestureRecognition_create();
-}
-int createGesture(void* h, int part, const char* name) {
-  return part < 0 ? GestureRecognition_createGesture(h, name, nullptr)
-                  : GestureCombinations_createGesture(h, part, name, nullptr);
 }
 
 // Three gestures of three samples for a recogniser and for each hand, drawn through the class
@@ -168,8 +164,7 @@ std::string describe(const Face& face, void* h) {
 bool statusPlausible(const Face& face, void* h) {
   const double score = face.combination ? 0.0 : GestureRecognition_recognitionScore(h);
   const auto flag = [](int value) { return value == 0 || value == 1; };
-  return flag(face.isTraining(h)) && flag(face.isSaving(h)) && flag(face.isLoading(h)) && score >= 0.0 &&
-         score <= 1.0;
+  return flag(face.isTraining(h)) && flag(face.isSaving(h)) && flag(face.isLoading(h)) && score >= 0.0 && score <= 1.0;
 }
 
 // The object the reading thread may use. The reader holds the mutex for each pass, so the driver
@@ -190,14 +185,6 @@ struct Files {
   std::vector<std::string> loadable;            // the fixture and every save that reported success
 };
 
-bool idleWithin(const Face& face, void* h, std::chrono::seconds limit) {
-  const auto end = Clock::now() + limit;
-  while ((face.isTraining(h) || face.isSaving(h) || face.isLoading(h)) && Clock::now() < end) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-  }
-  return !face.isTraining(h) && !face.isSaving(h) && !face.isLoading(h);
-}
-
 // With a job of `kind` certainly running, every starter and store change is refused with its code.
 void expectRefusals(const Face& face, void* h, Kind kind, const Files& files) {
   const int busy = kind == Train ? -8 : kind == Save ? -17 : -15;
@@ -205,7 +192,9 @@ void expectRefusals(const Face& face, void* h, Kind kind, const Files& files) {
   EXPECT_EQ(face.startTraining(h), busy);
   EXPECT_EQ(face.saveToFileAsync(h, files.never.c_str()), busy);
   EXPECT_EQ(face.loadFromFileAsync(h, files.fixture.c_str(), nullptr), busy);
-  EXPECT_EQ(createGesture(h, face.combination ? 0 : -1, "late"), busy);
+  EXPECT_EQ(face.combination ? GestureCombinations_createGesture(h, 0, "late", nullptr)
+                             : GestureRecognition_createGesture(h, "late", nullptr),
+            busy);
   EXPECT_EQ(face.saveToFile(h, files.never.c_str()), kind != Save ? busy : face.combination ? -17 : -15);
   EXPECT_EQ(face.loadFromFile(h, files.fixture.c_str(), nullptr), busy);
   if (face.combination && kind != Save) {
@@ -239,7 +228,6 @@ int startJob(const Face& face, void* h, Kind kind, Tally& tally, Files& files, c
 // Rounds of jobs on fresh objects loaded from the fixture, each ended by deleting the object.
 void driveRounds(const Face& face, const std::string& tag, Files& files, Shared& shared, std::mt19937& rng) {
   int saveCount = 0;
-  std::set<int> heldKinds;
   const auto deadline = Clock::now() + kBudget;
   for (int round = 0; round < kMaxRounds && (round < 3 || Clock::now() < deadline); ++round) {
     Tally tally;
@@ -264,11 +252,8 @@ void driveRounds(const Face& face, const std::string& tag, Files& files, Shared&
         EXPECT_EQ(started, 0) << "job kind " << kind;
       }
       if (started == 0 && hold) {
-        const auto limit = Clock::now() + scaledSeconds(10);
-        while (!tally.held.load() && Clock::now() < limit) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        EXPECT_TRUE(tally.held.load()) << "no progress reported by job kind " << kind;
+        EXPECT_TRUE(waitUntil([&] { return tally.held.load(); }, 10)) << "no progress reported by job kind " << kind;
         if (tally.held.load()) expectRefusals(face, h, kind, files);
-        heldKinds.insert(kind);
       }
       tally.hold.store(false);
       tally.held.store(false);
@@ -278,7 +263,8 @@ void driveRounds(const Face& face, const std::string& tag, Files& files, Shared&
       const unsigned ending = rng() % 3;
       if (ending == 0) {  // cancelling and stopping wait for the end
         EXPECT_EQ((kind == Train ? face.stopTraining : kind == Save ? face.cancelSaving : face.cancelLoading)(h), 0);
-        EXPECT_TRUE(idleWithin(face, h, scaledSeconds(30))) << "job kind " << kind << " never ended";
+        EXPECT_TRUE(waitUntil([&] { return !face.isTraining(h) && !face.isSaving(h) && !face.isLoading(h); }, 30))
+            << "job kind " << kind << " never ended";
         maybeBusy = false;
         if (!readable) shared.publish(h, readable = true);
       } else if (ending == 1) {  // deleted while the job may run
@@ -300,7 +286,6 @@ void driveRounds(const Face& face, const std::string& tag, Files& files, Shared&
     }
     if (::testing::Test::HasFailure()) return;
   }
-  EXPECT_EQ(heldKinds.size(), 3u);
 }
 
 void stress(const Face& face, const std::string& tag) {
@@ -321,7 +306,7 @@ void stress(const Face& face, const std::string& tag) {
 
   Shared shared;
   std::atomic<bool> done{false};
-  std::atomic<int> passes{0}, storePasses{0};
+  std::atomic<int> storePasses{0};
   std::thread reader([&] {
     for (bool ok = true; ok && !done.load(); std::this_thread::sleep_for(std::chrono::microseconds(200))) {
       std::lock_guard<std::mutex> lock(shared.mutex);
@@ -333,14 +318,12 @@ void stress(const Face& face, const std::string& tag) {
         ok = seen == files.expected;
         storePasses++;
       }
-      passes++;
     }
   });
   driveRounds(face, tag, files, shared, rng);
   done.store(true);
   reader.join();
 
-  EXPECT_GT(passes.load(), 0);
   EXPECT_GT(storePasses.load(), 0);
   EXPECT_GT(files.loadable.size(), 1u);  // some save got through
   EXPECT_TRUE(zando::testing_support::readFile(files.never).empty());

@@ -119,9 +119,8 @@ TEST(DatabaseFormatTest, SampleFileLoadsWithEveryValue) {
   m.parameters.rotationOrder = 5;
   m.parameters.featureFlagC = false;
   ASSERT_EQ(load(m, kSampleFile, nullptr, owner.get()), 0);
-  const std::string zeros = "0.000000000000000e+00";
-  std::string row = zeros;
-  for (int i = 0; i < 6; ++i) row += " " + zeros;
+  std::string row = "0.000000000000000e+00";
+  for (int i = 0; i < 6; ++i) row += " 0.000000000000000e+00";
   EXPECT_EQ(save(m, owner.get()), withLine(withLine(kSampleFile, 21, row), 22, row));
   ASSERT_EQ(m.layerBuffers.size(), 1u);
   EXPECT_EQ(m.layerBuffers[0].cols(), 7);  // D, no bias: there is no network
