@@ -199,7 +199,7 @@ void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, Stroke
   envelope(out.dz, kShapePoints - 1, box.lowDz, box.highDz);
 }
 
-double turnSharpness(const WarpingQuery& shape) {
+double turnSharpness(const WarpingQuery& path) {
   constexpr double kQuarterTurn = 1.5707963267948966;
   std::array<double, kShapePoints> turns{};
   int count = 0;
@@ -207,8 +207,8 @@ double turnSharpness(const WarpingQuery& shape) {
   // Each place's turn between the chords to the places two either side: a fast motion's few
   // points make its path a polygon at a finer scale, which would turn at the points only.
   for (int i = 2; i + 2 < kShapePoints; ++i) {
-    const Eigen::Vector3f in(shape.x[i] - shape.x[i - 2], shape.y[i] - shape.y[i - 2], shape.z[i] - shape.z[i - 2]);
-    const Eigen::Vector3f out(shape.x[i + 2] - shape.x[i], shape.y[i + 2] - shape.y[i], shape.z[i + 2] - shape.z[i]);
+    const Eigen::Vector3f in(path.x[i] - path.x[i - 2], path.y[i] - path.y[i - 2], path.z[i] - path.z[i - 2]);
+    const Eigen::Vector3f out(path.x[i + 2] - path.x[i], path.y[i + 2] - path.y[i], path.z[i + 2] - path.z[i]);
     if (in.squaredNorm() == 0.0f || out.squaredNorm() == 0.0f) continue;
     const double turn = std::atan2(static_cast<double>(in.cross(out).norm()), static_cast<double>(in.dot(out)));
     turns[static_cast<size_t>(count++)] = turn;

@@ -114,32 +114,13 @@ constexpr double kSharpnessWeight = 3.0;
 constexpr double kSharpnessReach = 1.1;
 constexpr double kSharpnessLeeway = 0.2;
 
-// Per gesture, what its distances are multiplied by for a stroke of the given sharpness: 1 within
-// the range of its candidates' sharpness, more outside.
-void sharpnessFactors(int gestureCount, const std::vector<Candidate>& candidates, double sharpness,
-                      std::vector<float>& factors) {
-  const size_t count = static_cast<size_t>(gestureCount);
-  factors.assign(count, 1.0f);
-  if (!std::isfinite(sharpness) || !(sharpness > 0.0)) return;
-  std::vector<double>& lowest = threadScratch<std::vector<double>, struct LowestSharpnessPlace>();
-  std::vector<double>& highest = threadScratch<std::vector<double>, struct HighestSharpnessPlace>();
-  lowest.assign(count, std::numeric_limits<double>::infinity());
-  highest.assign(count, 0.0);
-  for (const Candidate& candidate : candidates) {
-    const size_t g = static_cast<size_t>(candidate.gesture);
-    const double own = candidate.shape->sharpness;
-    if (!(own > 0.0) || !std::isfinite(own)) continue;
-    lowest[g] = std::min(lowest[g], own);
-    highest[g] = std::max(highest[g], own);
-  }
-  const double stroke = std::log(sharpness);
-  for (size_t g = 0; g < count; ++g) {
-    if (!(highest[g] > 0.0)) continue;  // no sample to tell by
-    const double middle = 0.5 * (std::log(highest[g]) + std::log(lowest[g]));
-    const double reach =
-        std::max(0.5 * std::log(highest[g] / lowest[g]) + std::log(kSharpnessReach), kSharpnessLeeway);
-    factors[g] = static_cast<float>(1.0 + kSharpnessWeight * std::max(0.0, std::abs(stroke - middle) - reach));
-  }
+// What a gesture's distances are multiplied by for a stroke of the given sharpness, when its
+// compared samples' sharpness runs from `lowest` to `highest`: 1 within that range, more outside.
+float sharpnessFactor(double sharpness, double lowest, double highest) {
+  if (!(sharpness > 0.0) || !std::isfinite(sharpness) || !(highest > 0.0)) return 1.0f;  // nothing to tell by
+  const double middle = 0.5 * (std::log(highest) + std::log(lowest));
+  const double reach = std::max(0.5 * std::log(highest / lowest) + std::log(kSharpnessReach), kSharpnessLeeway);
+  return static_cast<float>(1.0 + kSharpnessWeight * std::max(0.0, std::abs(std::log(sharpness) - middle) - reach));
 }
 
 }  // namespace
@@ -163,19 +144,26 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
   std::vector<uint64_t>& order = threadScratch<std::vector<uint64_t>, struct OrderPlace>();
   std::vector<PlaceValues>& bounds = threadScratch<std::vector<PlaceValues>, struct BoundsPlace>();
   std::vector<float>& nearestOf = threadScratch<std::vector<float>, struct NearestPlace>();
+  std::vector<float>& factorOf = threadScratch<std::vector<float>, struct SharpnessFactorPlace>();
   candidates.clear();
+  factorOf.assign(static_cast<size_t>(model.gestureCount()), 1.0f);
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
     const bool few = gesture.gestureSamples.size() <= kFewSamples;
+    double lowest = std::numeric_limits<double>::infinity(), highest = 0.0;
     for (const Stroke* sample : gesture.gestureSamples) {
-      if (sample != leaveOut) candidates.push_back({g, &storedShape(*sample, model.parameters), few});
+      if (sample == leaveOut) continue;
+      candidates.push_back({g, &storedShape(*sample, model.parameters), few});
+      const double own = candidates.back().shape->sharpness;
+      if (!(own > 0.0) || !std::isfinite(own)) continue;
+      lowest = std::min(lowest, own);
+      highest = std::max(highest, own);
     }
+    factorOf[static_cast<size_t>(g)] = sharpnessFactor(query.sharpness, lowest, highest);
   }
   // Grown, never shrunk: the per-place bounds of every sample are kept for the warping.
   if (bounds.size() < candidates.size()) bounds.resize(candidates.size());
-  std::vector<float>& factorOf = threadScratch<std::vector<float>, struct SharpnessFactorPlace>();
-  sharpnessFactors(model.gestureCount(), candidates, query.sharpness, factorOf);
 
   const bool perGesture = distances != nullptr;
   nearestOf.assign(perGesture ? static_cast<size_t>(model.gestureCount()) : 1, kFar);
