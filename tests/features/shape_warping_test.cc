@@ -9,26 +9,29 @@
 #include <random>
 #include <vector>
 
-#include "features/model_parameters.h"
 #include "features/shape_matching.h"
 
 namespace zando {
 namespace {
 
-// A wandering hand path of `points` poses in front of the head.
-StrokeShape randomShape(std::mt19937& rng, int points) {
-  std::normal_distribution<double> step(0.0, 0.02);
-  Stroke stroke;
-  stroke.headStart = StrokePoint(Unstamped{});
-  double p[3] = {0.0, 1.4, 0.4};
+// A wandering path of `points` points whose coordinates are multiples of 1/256, exact in any
+// floating-point type: the same on every processor before the first rounding.
+StrokeShape exactShape(std::mt19937& rng, int points, bool stored) {
+  std::vector<Eigen::Vector3d> path;
+  Eigen::Vector3d p = Eigen::Vector3d::Zero();
   for (int i = 0; i < points; ++i) {
-    for (double& v : p) v += step(rng);
-    stroke.handPoints.emplace_back(Unstamped{});
-    stroke.handPoints.back().position = Vector3(p[0], p[1], p[2]);
+    for (int k = 0; k < 3; ++k) p[k] += (static_cast<int>(rng() % 17) - 8) / 256.0;
+    path.push_back(p);
   }
   StrokeShape shape;
-  makeStrokeShape(stroke, ModelParameters(), true, shape);
+  makePathShape(path, stored, shape);
   return shape;
+}
+
+uint32_t bitsOf(float value) {
+  uint32_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
 }
 
 // The warping written out cell by cell, in double precision.
@@ -50,13 +53,14 @@ double plainWarping(const WarpingQuery& a, const WarpingQuery& b) {
   return at(n, n);
 }
 
+// A query and one stored path per lane, each lane with its bounds and no limit.
 class ShapeWarpingTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::mt19937 rng(7);
-    query = randomShape(rng, 60);
+    std::mt19937 rng(11);
+    query = exactShape(rng, 45, false);
     for (int l = 0; l < kShapeLanes; ++l) {
-      stored.push_back(randomShape(rng, 20 + 15 * l));
+      stored.push_back(exactShape(rng, 10 + 7 * l, true));
       exact.push_back(plainWarping(query.path, stored.back().path));
     }
     bounds.resize(stored.size());
@@ -126,49 +130,23 @@ TEST_F(ShapeWarpingTest, BothInstructionSetsGiveTheSameBits) {
 }
 #endif
 
-// A wandering path of `points` points whose coordinates are multiples of 1/256, exact in any
-// floating-point type: the same on every processor before the first rounding.
-StrokeShape exactShape(std::mt19937& rng, int points, bool stored) {
-  std::vector<Eigen::Vector3d> path;
-  Eigen::Vector3d p = Eigen::Vector3d::Zero();
-  for (int i = 0; i < points; ++i) {
-    for (int k = 0; k < 3; ++k) p[k] += (static_cast<int>(rng() % 17) - 8) / 256.0;
-    path.push_back(p);
-  }
-  StrokeShape shape;
-  makePathShape(path, stored, shape);
-  return shape;
-}
-
-uint32_t bitsOf(float value) {
-  uint32_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
-}
-
 // From the points to the distances, every step rounds as IEEE arithmetic prescribes, so a gesture
 // is matched alike on every processor. The bits below were taken on x86-64, where both instruction
 // sets give them.
-TEST(ShapeWarpingBits, EveryProcessorGivesTheSameBoundsAndDistances) {
+TEST_F(ShapeWarpingTest, EveryProcessorGivesTheSameBoundsAndDistances) {
   static constexpr uint32_t kBounds[kShapeLanes] = {0x415a99ae, 0x418b5e0b, 0x40fa1cab, 0x41deac92,
                                                      0x40d30284, 0x4113987a, 0x410f60c7, 0x41e0805b};
   static constexpr uint32_t kDistances[kShapeLanes] = {0x429a5d41, 0x4276138c, 0x4250debb, 0x42b0eceb,
                                                         0x428e39a4, 0x426ba24d, 0x42945ec8, 0x42ae1bf2};
-  std::mt19937 rng(11);
-  const StrokeShape query = exactShape(rng, 45, false);
-  std::vector<StrokeShape> stored;
-  for (int l = 0; l < kShapeLanes; ++l) stored.push_back(exactShape(rng, 10 + 7 * l, true));
-  PlaceValues bounds[kShapeLanes];
-  WarpingLane lanes[kShapeLanes];
+  PlaceValues scratch;
   for (int l = 0; l < kShapeLanes; ++l) {
     const StrokeShape& shape = stored[static_cast<size_t>(l)];
-    EXPECT_EQ(kBounds[l], bitsOf(placeBoundsNarrow(query.path, shape.envelope, bounds[l]))) << l;
-    EXPECT_EQ(kBounds[l], bitsOf(placeBounds(query.path, shape.envelope, bounds[l]))) << l;
-    lanes[l] = {&shape.path, &bounds[l], INFINITY};
+    EXPECT_EQ(kBounds[l], bitsOf(placeBoundsNarrow(query.path, shape.envelope, scratch))) << l;
+    EXPECT_EQ(kBounds[l], bitsOf(placeBounds(query.path, shape.envelope, scratch))) << l;
   }
   float chosen[kShapeLanes], narrow[kShapeLanes];
-  warpPaths(query.path, lanes, kShapeLanes, chosen);
-  warpPathsNarrow(query.path, lanes, kShapeLanes, narrow);
+  warpPaths(query.path, lanes.data(), kShapeLanes, chosen);
+  warpPathsNarrow(query.path, lanes.data(), kShapeLanes, narrow);
   for (int l = 0; l < kShapeLanes; ++l) {
     EXPECT_EQ(kDistances[l], bitsOf(chosen[l])) << l;
     EXPECT_EQ(kDistances[l], bitsOf(narrow[l])) << l;
