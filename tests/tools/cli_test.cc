@@ -66,7 +66,6 @@ TEST(CommandLineTest, UsageAndErrorsAreClear) {
   Outcome usage = run("");
   EXPECT_EQ(usage.exitCode, 0);
   EXPECT_NE(usage.output.find("info"), std::string::npos);
-  EXPECT_NE(usage.output.find("eval"), std::string::npos);
   EXPECT_EQ(run("--help").exitCode, 0);
   const Outcome bad = run("frobnicate");
   EXPECT_EQ(bad.exitCode, 2);
