@@ -57,6 +57,31 @@ void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, Stroke
 // The shape of a stored sample, made on first use and kept with it.
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters);
 
+// The least warping distance from `path` to the stored shapes `shapeAt(0)` to `shapeAt(count - 1)`
+// (null for one to pass over) if less than `limit`, else infinity or at least `limit`.
+template <typename ShapeAt>
+float nearestStoredShape(const WarpingQuery& path, size_t count, ShapeAt&& shapeAt,
+                         float limit = std::numeric_limits<float>::infinity()) {
+  PlaceValues bounds[kShapeLanes];
+  WarpingLane lanes[kShapeLanes];
+  float found[kShapeLanes];
+  float nearest = std::numeric_limits<float>::infinity();
+  for (size_t next = 0; next < count;) {
+    int lanesUsed = 0;
+    for (; next < count && lanesUsed < kShapeLanes; ++next) {
+      const StrokeShape* shape = shapeAt(next);
+      const float within = nearest < limit ? nearest : limit;
+      if (shape == nullptr || placeBounds(path, shape->envelope, bounds[lanesUsed], within) > within) continue;
+      lanes[lanesUsed] = {&shape->path, &bounds[lanesUsed], within};
+      ++lanesUsed;
+    }
+    if (lanesUsed == 0) break;
+    warpPaths(path, lanes, lanesUsed, found);
+    for (int l = 0; l < lanesUsed; ++l) nearest = found[l] < nearest ? found[l] : nearest;
+  }
+  return nearest;
+}
+
 }  // namespace zando
 
 #endif  // ZANDO_FEATURES_SHAPE_MATCHING_H

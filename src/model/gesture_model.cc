@@ -7,21 +7,38 @@ GestureModel::~GestureModel() {
   for (Gesture* gesture : detachedGestures) delete gesture;
 }
 
-void sampleFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out) {
-  out.clear();
-  out.push_back(static_cast<uintptr_t>(parameters.updateHeadPositionPolicy));
-  out.push_back(static_cast<uintptr_t>(parameters.rotationFrameX));
-  out.push_back(static_cast<uintptr_t>(parameters.rotationFrameY));
-  out.push_back(static_cast<uintptr_t>(parameters.rotationFrameZ));
-  out.push_back(static_cast<uintptr_t>(parameters.rotationOrder));
+namespace {
+
+template <typename Take>
+void fingerprintValues(const GestureModel& model, const ModelParameters& parameters, Take&& take) {
+  take(static_cast<uintptr_t>(parameters.updateHeadPositionPolicy));
+  take(static_cast<uintptr_t>(parameters.rotationFrameX));
+  take(static_cast<uintptr_t>(parameters.rotationFrameY));
+  take(static_cast<uintptr_t>(parameters.rotationFrameZ));
+  take(static_cast<uintptr_t>(parameters.rotationOrder));
   for (const Gesture* gesture : model.gestures) {
-    out.push_back(gesture->gestureEnabled ? gesture->gestureSamples.size() : ~uintptr_t{0});
+    take(gesture->gestureEnabled ? gesture->gestureSamples.size() : ~uintptr_t{0});
     for (const Stroke* sample : gesture->gestureSamples) {
-      out.push_back(reinterpret_cast<uintptr_t>(sample));
-      out.push_back(sample->handPoints.size());
-      out.push_back(sample->handPoints.empty() ? 0 : static_cast<uintptr_t>(sample->handPoints.back().timestamp));
+      take(reinterpret_cast<uintptr_t>(sample));
+      take(sample->handPoints.size());
+      take(sample->handPoints.empty() ? 0 : static_cast<uintptr_t>(sample->handPoints.back().timestamp));
     }
   }
+}
+
+}  // namespace
+
+void sampleFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out) {
+  out.clear();
+  fingerprintValues(model, parameters, [&out](uintptr_t value) { out.push_back(value); });
+}
+
+uint64_t sampleDigest(const GestureModel& model, const ModelParameters& parameters) {
+  uint64_t digest = 0x9e3779b97f4a7c15u;
+  fingerprintValues(model, parameters, [&digest](uintptr_t value) {
+    digest ^= static_cast<uint64_t>(value) + 0x9e3779b97f4a7c15u + (digest << 6) + (digest >> 2);
+  });
+  return digest;
 }
 
 }  // namespace zando

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -52,6 +53,11 @@ struct GestureModel {
   mutable std::mutex shapeSetMutex;
   mutable std::vector<uintptr_t> shapeSetFingerprint;
   mutable std::vector<char> reversibleGestures;
+  // Per gesture and sample, whether identification compares with it (see shape_identification.cc),
+  // with the sampleDigest of the set it was chosen for.
+  mutable std::mutex prototypeMutex;
+  mutable uint64_t prototypeDigest = 0;
+  mutable std::shared_ptr<const std::vector<std::vector<char>>> prototypes;
 
   GestureModel() = default;
   GestureModel(const GestureModel&) = delete;
@@ -64,6 +70,8 @@ struct GestureModel {
 // What is learnt from a set's samples depends on, in a few numbers: equal numbers, equal samples
 // (the same strokes, of the same lengths) and the same head settings.
 void sampleFingerprint(const GestureModel& model, const ModelParameters& parameters, std::vector<uintptr_t>& out);
+// The same numbers mixed into one, for a check that runs with every identification.
+uint64_t sampleDigest(const GestureModel& model, const ModelParameters& parameters);
 
 }  // namespace zando
 

@@ -15,7 +15,7 @@ namespace zando {
 bool shapeMatchingApplies(const GestureModel& model);
 
 // The gesture of the nearest sample (of equal distances the lowest index), or -1 when nothing can
-// be compared. Distances to a gesture's samples grow when the stroke turns much more evenly, or
+// be compared. Of a gesture with many samples, only a selection that covers them is compared. Distances to a gesture's samples grow when the stroke turns much more evenly, or
 // much more at corners, than they do. With `distances` (one per gesture), each gesture's distance
 // to its nearest sample is written, infinity for a gesture without one; without, only the nearest
 // is worked out fully.
@@ -31,8 +31,9 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
 template <typename KeepGoing>
 double shapeSelfScore(const GestureModel& model, KeepGoing&& keepGoing);
 
-// Makes the shapes of all stored samples now rather than at the first identification, which
-// would otherwise pay for all of them at once. Does nothing with the mode off.
+// Makes the shapes of all stored samples, and chooses which samples of a gesture with many are
+// compared, now rather than at the first identification, which would otherwise pay for all of it at
+// once. Does nothing with the mode off.
 void prepareShapes(const GestureModel& model);
 
 // Probabilities from the distances: they sum to 1, the nearest gesture gets the most, and every

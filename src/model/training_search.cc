@@ -300,6 +300,7 @@ void Search::finishByShape() {
   computeGestureMeans(model_);
   model_.recognitionScore =
       shapeSelfScore(model_, [this] { return !trainingStopRequested(host_) && !trainingTimeUp(host_); });
+  prepareShapes(model_);
   reportTrainingUpdate(host_, model_.recognitionScore);
 }
 

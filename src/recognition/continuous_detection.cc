@@ -490,24 +490,9 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
 }
 
 float ContinuousDetector::shapeDistance(const StrokeShape& query, int gesture, size_t skip) const {
-  PlaceValues bounds[kShapeLanes];
-  WarpingLane lanes[kShapeLanes];
-  float found[kShapeLanes];
-  float nearest = std::numeric_limits<float>::infinity();
-  for (size_t next = 0; next < paths_.size();) {
-    int count = 0;
-    for (; next < paths_.size() && count < kShapeLanes; ++next) {
-      const StoredPath& stored = paths_[next];
-      if (stored.gesture != gesture || next == skip) continue;
-      placeBounds(query.path, stored.shape.envelope, bounds[count]);
-      lanes[count] = {&stored.shape.path, &bounds[count], nearest};
-      ++count;
-    }
-    if (count == 0) break;
-    warpPaths(query.path, lanes, count, found);
-    for (int l = 0; l < count; ++l) nearest = std::min(nearest, found[l]);
-  }
-  return nearest;
+  return nearestStoredShape(query.path, paths_.size(), [&](size_t i) -> const StrokeShape* {
+    return paths_[i].gesture == gesture && i != skip ? &paths_[i].shape : nullptr;
+  });
 }
 
 void ContinuousDetector::restart() {

@@ -185,6 +185,33 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
   EXPECT_GE(firstOf10({kCircle, 0.0, -1.0, 0.0}, circle, {kCircle, kPi, -1.0, 0.0}), 9);
 }
 
+// A set of many samples a gesture (recorded by many people) is compared with a selection that
+// covers them. A way of making a gesture recorded after the set was first used is part of it.
+TEST(EnhancedRecognitionTest, ALargeSetCoversEveryWayItsGesturesAreMade) {
+  std::mt19937 rng(5);
+  GestureRecognition r;
+  r.setEnhancedRecognition(1);
+  for (int g = 0; g < 2; ++g) {
+    r.createGesture("V", nullptr);
+    for (int s = 0; s < 20; ++s) {
+      performTurnedV(r, g, g, rng);
+      endStroke(r);
+    }
+  }
+  performTurnedV(r, 0, -1, rng);
+  EXPECT_EQ(endStroke(r), 0);
+  for (int s = 0; s < 3; ++s) {
+    performTurnedV(r, 2, 0, rng);
+    endStroke(r);
+  }
+  int found = 0;
+  for (int trial = 0; trial < 10; ++trial) {
+    performTurnedV(r, 2, -1, rng);
+    found += endStroke(r) == 0 ? 1 : 0;
+  }
+  EXPECT_GE(found, 9);
+}
+
 TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
   std::mt19937 rng(5);
   std::unique_ptr<GestureRecognition> r = turnedVSet(rng);
