@@ -19,6 +19,7 @@
 namespace zando {
 
 using Matrix = Eigen::MatrixXd;
+struct SampleChoice;
 
 // Progress of the file reader or writer, in percent, with the context it was installed with.
 typedef void (*ProgressHook)(int percent, void* context);
@@ -51,13 +52,14 @@ struct GestureModel {
   // What the enhanced mode works out from all of the set's samples together, kept until they
   // change (see shape_identification.cc).
   mutable std::mutex shapeSetMutex;
-  mutable std::vector<uintptr_t> shapeSetFingerprint;
+  mutable bool shapeSetKnown = false;
+  mutable uint64_t shapeSetDigest = 0;
   mutable std::vector<char> reversibleGestures;
-  // Per gesture and sample, whether identification compares with it (see shape_identification.cc),
-  // with the sampleDigest of the set it was chosen for.
+  // Which samples identification compares with (see shape_identification.cc), with the
+  // sampleDigest of the set they were chosen for.
   mutable std::mutex prototypeMutex;
   mutable uint64_t prototypeDigest = 0;
-  mutable std::shared_ptr<const std::vector<std::vector<char>>> prototypes;
+  mutable std::shared_ptr<const SampleChoice> prototypes;
 
   GestureModel() = default;
   GestureModel(const GestureModel&) = delete;

@@ -25,9 +25,11 @@ struct Candidate {
 // Which samples a reading of the stroke is compared with.
 enum class Against { All, Closed, Few, Reversible };
 
-// A gesture with at most this many samples is also compared with the stroke turned a little and
-// (if closed) read backwards: with many samples, from many people, its samples mostly hold the
-// tilts and ways round that people give it already, and a large set would pay for every reading.
+// A gesture with at most this many samples is also compared with the stroke turned a little: with
+// many samples, from many people, its samples mostly hold the tilts that people give it already,
+// and a large set would pay for every reading. (Not so the ways round: of a set of 90 samples a
+// digit from nine people, reading closed strokes backwards too takes a new person's digits from
+// 98.6 to 99.6 %.)
 constexpr size_t kFewSamples = 16;
 
 // The turns of a whole stroke that such gestures are compared with: tipped forward and back (a
@@ -92,16 +94,29 @@ constexpr double kDuplicateShare = 1.0;
 // of this many of them to the others.
 constexpr size_t kTypicalChecks = 16;
 
+}  // namespace
+
 // Which samples of each gesture identification compares with, in the order of the gestures and
 // their samples: all of a gesture with few samples; of one with many, each sample that none
-// chosen before it comes near (see kDuplicateShare).
-std::vector<std::vector<char>> choosePrototypes(const GestureModel& model) {
-  std::vector<std::vector<char>> chosen(model.gestures.size());
+// chosen before it comes near (see kDuplicateShare). And for those, how near their samples
+// typically come to one another.
+struct SampleChoice {
+  std::vector<std::vector<char>> compared;
+  std::vector<float> typical;  // infinity where not measured
+};
+
+namespace {
+
+SampleChoice choosePrototypes(const GestureModel& model) {
+  SampleChoice choice;
+  choice.compared.resize(model.gestures.size());
+  choice.typical.assign(model.gestures.size(), std::numeric_limits<float>::infinity());
   std::vector<const StrokeShape*> shapes, kept;
   for (size_t g = 0; g < model.gestures.size(); ++g) {
     const Gesture& gesture = *model.gestures[g];
     const size_t count = gesture.gestureSamples.size();
-    chosen[g].assign(count, 1);
+    std::vector<char>& compared = choice.compared[g];
+    compared.assign(count, 1);
     if (!gesture.gestureEnabled || count <= kFewSamples) continue;
     shapes.clear();
     for (const Stroke* sample : gesture.gestureSamples) shapes.push_back(&storedShape(*sample, model.parameters));
@@ -115,23 +130,24 @@ std::vector<std::vector<char>> choosePrototypes(const GestureModel& model) {
     }
     if (typical.empty()) continue;
     std::nth_element(typical.begin(), typical.begin() + static_cast<std::ptrdiff_t>(typical.size() / 2), typical.end());
-    const float near = static_cast<float>(kDuplicateShare) * typical[typical.size() / 2];
+    choice.typical[g] = typical[typical.size() / 2];
+    const float near = static_cast<float>(kDuplicateShare) * choice.typical[g];
     kept.clear();
     for (size_t i = 0; i < count; ++i) {
       if (nearestStoredShape(shapes[i]->path, kept.size(), [&](size_t k) { return kept[k]; }, near) < near) {
-        chosen[g][i] = 0;
+        compared[i] = 0;
       } else {
         kept.push_back(shapes[i]);
       }
     }
   }
-  return chosen;
+  return choice;
 }
 
 // The samples chosen of a set that has a gesture of many samples, worked out once for its samples
 // (when training ends, a file is loaded, or else at the first identification); null for a set
 // without such a gesture.
-std::shared_ptr<const std::vector<std::vector<char>>> prototypesOf(const GestureModel& model) {
+std::shared_ptr<const SampleChoice> prototypesOf(const GestureModel& model) {
   bool many = false;
   for (const Gesture* gesture : model.gestures) {
     many |= gesture->gestureEnabled && gesture->gestureSamples.size() > kFewSamples;
@@ -140,7 +156,7 @@ std::shared_ptr<const std::vector<std::vector<char>>> prototypesOf(const Gesture
   const uint64_t digest = sampleDigest(model, model.parameters);
   std::lock_guard<std::mutex> lock(model.prototypeMutex);
   if (model.prototypes == nullptr || model.prototypeDigest != digest) {
-    model.prototypes = std::make_shared<const std::vector<std::vector<char>>>(choosePrototypes(model));
+    model.prototypes = std::make_shared<const SampleChoice>(choosePrototypes(model));
     model.prototypeDigest = digest;
   }
   return model.prototypes;
@@ -215,13 +231,15 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
   candidates.clear();
   factorOf.assign(static_cast<size_t>(model.gestureCount()), 1.0f);
   // Scoring the set leaves samples out, and compares with all the others.
-  const std::shared_ptr<const std::vector<std::vector<char>>> chosen =
-      leaveOut == nullptr ? prototypesOf(model) : nullptr;
+  const std::shared_ptr<const SampleChoice> chosen = leaveOut == nullptr ? prototypesOf(model) : nullptr;
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
     const bool few = gesture.gestureSamples.size() <= kFewSamples;
-    const char* compared = chosen != nullptr ? (*chosen)[static_cast<size_t>(g)].data() : nullptr;
+    // (A choice made for other samples, which their digest all but rules out, is not used.)
+    const bool choiceFits = chosen != nullptr && chosen->compared.size() == model.gestures.size() &&
+                            chosen->compared[static_cast<size_t>(g)].size() == gesture.gestureSamples.size();
+    const char* compared = choiceFits ? chosen->compared[static_cast<size_t>(g)].data() : nullptr;
     double lowest = std::numeric_limits<double>::infinity(), highest = 0.0;
     for (size_t k = 0; k < gesture.gestureSamples.size(); ++k) {
       const Stroke* sample = gesture.gestureSamples[k];
@@ -258,7 +276,7 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
       const bool closed = candidate.shape->closed;
       if ((against == Against::Closed && !closed) || (against == Against::Few && !candidate.few) ||
           (against == Against::Reversible &&
-           !(closed && candidate.few && (*reversible)[static_cast<size_t>(candidate.gesture)]))) {
+           !(closed && (*reversible)[static_cast<size_t>(candidate.gesture)]))) {
         continue;
       }
       const float limit = nearestFor(candidate.gesture);
@@ -318,7 +336,22 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
     // And the other way round, from where it begins and from halfway, against the closed samples
     // of the gestures whose direction does not tell them from another: people go round a circle
     // either way.
-    if (reversible != nullptr) {
+    // Not when a gesture of many samples (see SampleChoice) already has one that comes as near as
+    // its samples typically come to one another: the stroke goes its samples' way round, and the
+    // readings would cost a large set much time for nothing.
+    const auto matchedAsSamplesAre = [&] {
+      if (chosen == nullptr || chosen->typical.size() != static_cast<size_t>(model.gestureCount())) return false;
+      int best = nearest;
+      float distance = perGesture ? kFar : nearestOf[0];
+      for (size_t g = 0; perGesture && g < nearestOf.size(); ++g) {
+        if (nearestOf[g] < distance) {
+          distance = nearestOf[g];
+          best = static_cast<int>(g);
+        }
+      }
+      return best >= 0 && distance <= chosen->typical[static_cast<size_t>(best)];
+    };
+    if (reversible != nullptr && !matchedAsSamplesAre()) {
       for (int first : {0, kShapePoints / 2}) {
         reversedFrom(query.path, first, turned);
         pass(turned, Against::Reversible);
@@ -352,14 +385,14 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
 // when the set tells it from another gesture by its direction (see kMirrorShare). Worked out once
 // for a set of samples; `out` receives a copy.
 void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
-  std::vector<uintptr_t>& fingerprint = threadScratch<std::vector<uintptr_t>, struct SetFingerprintPlace>();
-  sampleFingerprint(model, model.parameters, fingerprint);
+  const uint64_t digest = sampleDigest(model, model.parameters);
   std::lock_guard<std::mutex> lock(model.shapeSetMutex);
-  if (fingerprint == model.shapeSetFingerprint) {
+  if (model.shapeSetKnown && digest == model.shapeSetDigest) {
     out = model.reversibleGestures;
     return;
   }
-  model.shapeSetFingerprint = fingerprint;
+  model.shapeSetKnown = true;
+  model.shapeSetDigest = digest;
   std::vector<char>& reversible = model.reversibleGestures;
   const size_t gestureCount = model.gestures.size();
   reversible.assign(gestureCount, 1);
@@ -422,10 +455,11 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   // Worked out before the search, which shares its scratch with the working out. Windows of
   // running motion are not read the other way round: that would cost every frame.
   std::vector<char>& reversible = threadScratch<std::vector<char>, struct ReversiblePlace>();
-  bool fewSamples = false;
-  for (const Gesture* gesture : model.gestures) fewSamples |= gesture->gestureSamples.size() <= kFewSamples;
-  const bool reversals = query.closed && !window && fewSamples;
-  if (reversals) reversibleGestures(model, reversible);
+  bool reversals = query.closed && !window;
+  if (reversals) {
+    reversibleGestures(model, reversible);
+    reversals = reversible.size() == model.gestures.size();
+  }
   return nearestToShape(model, query, distances, leaveOut, window, reversals ? &reversible : nullptr);
 }
 
@@ -435,6 +469,7 @@ void prepareShapes(const GestureModel& model) {
     for (const Stroke* sample : gesture->gestureSamples) storedShape(*sample, model.parameters);
   }
   prototypesOf(model);
+  reversibleGestures(model, threadScratch<std::vector<char>, struct ReversiblePlace>());
 }
 
 void probabilitiesFromShapeDistances(const double* distances, int count, double* probabilities) {

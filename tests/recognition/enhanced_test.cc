@@ -156,13 +156,13 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
     return endStroke(r);
   };
   // Of ten strokes drawn as `query`, those that a set of `stored` (gesture 0) and `other`
-  // (gesture 1) identifies as gesture 0.
-  const auto firstOf10 = [&](const Drawing& stored, const Drawing& other, Drawing query) {
+  // (gesture 1), `samples` of each, identifies as gesture 0.
+  const auto firstOf10 = [&](const Drawing& stored, const Drawing& other, Drawing query, int samples = 2) {
     GestureRecognition r;
     r.setEnhancedRecognition(1);
     r.createGesture("circle", nullptr);
     r.createGesture("other", nullptr);
-    for (int s = 0; s < 2; ++s) {
+    for (int s = 0; s < samples; ++s) {
       draw(r, stored, 0);
       draw(r, other, 1);
     }
@@ -178,6 +178,8 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
   EXPECT_GE(firstOf10(circle, {kSquare, kPi, 1.0, 0.0}, {kCircle, kPi, 1.0, 0.0}), 9);
   EXPECT_GE(firstOf10(circle, {kEllipse, 0.0, 1.0, 0.0}, {kCircle, 0.0, 1.0, 0.5}), 9);
   EXPECT_GE(firstOf10(circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}), 9);
+  // Also in a set of many samples from many people.
+  EXPECT_GE(firstOf10(circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}, 20), 9);
   // And a square begun elsewhere, going the other way and tipped is a square, beside flat ellipses
   // that it follows more closely as it is read.
   EXPECT_GE(firstOf10({kSquare, 0.0, 1.0, 0.0}, {kEllipse, kPi, -1.0, 0.0}, {kSquare, kPi / 2, -1.0, 0.5}), 9);
