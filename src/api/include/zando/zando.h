@@ -275,7 +275,8 @@ class ZANDO_CLASS_API IGestureRecognition {
    * the head's orientation, compared with a warping distance; closed shapes also from halfway and
    * the other way round, whole strokes also a little tilted; a gesture is farther when the stroke
    * turns much more evenly, or more at corners, than its samples do), which holds up with 2 to 10
-   * samples per gesture and needs no training; outputs keep their meaning, probabilities sum to 1.
+   * samples per gesture and needs no training (of a gesture with more than 16 samples, a selection
+   * that covers them is compared); outputs keep their meaning, probabilities sum to 1.
    * Training in this mode ends at once without a network: it computes the statistics behind
    * similarity values and scores the set by how its samples identify one another.
    * Saved in files and loaded with them (a file without it loads with the mode off); stream saves
