@@ -349,7 +349,9 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
           best = static_cast<int>(g);
         }
       }
-      return best >= 0 && distance <= chosen->typical[static_cast<size_t>(best)];
+      // (A gesture of few samples has no typical distance, and its ways round are always read.)
+      return best >= 0 && std::isfinite(chosen->typical[static_cast<size_t>(best)]) &&
+             distance <= chosen->typical[static_cast<size_t>(best)];
     };
     if (reversible != nullptr && !matchedAsSamplesAre()) {
       for (int first : {0, kShapePoints / 2}) {
