@@ -96,25 +96,35 @@ constexpr size_t kTypicalChecks = 16;
 
 }  // namespace
 
-// Which samples of each gesture identification compares with, in the order of the gestures and
-// their samples: all of a gesture with few samples; of one with many, each sample that none
-// chosen before it comes near (see kDuplicateShare). And for those, how near their samples
-// typically come to one another.
+// Which samples of each gesture identification compares with: all of a gesture with few samples;
+// of one with many, each sample that none chosen before it comes near (see kDuplicateShare). And
+// for those, how near their samples typically come to one another.
 struct SampleChoice {
-  std::vector<std::vector<char>> compared;
-  std::vector<float> typical;  // infinity where not measured
+  std::vector<std::vector<const Stroke*>> samples;  // per gesture, those it was chosen from
+  std::vector<std::vector<char>> compared;          // per gesture, alongside
+  std::vector<float> typical;                       // infinity where not measured
+  size_t total = 0;                                 // samples it was chosen from
+  uint64_t settings = 0;                            // digest of the head settings then
+  // Whether the sample at place `k` of gesture `g` is compared: a sample added since the choice
+  // always is.
+  bool compares(size_t g, size_t k, const Stroke* sample) const {
+    return g >= samples.size() || k >= samples[g].size() || samples[g][k] != sample || compared[g][k] != 0;
+  }
 };
 
 namespace {
 
 SampleChoice choosePrototypes(const GestureModel& model) {
   SampleChoice choice;
+  choice.samples.resize(model.gestures.size());
   choice.compared.resize(model.gestures.size());
   choice.typical.assign(model.gestures.size(), std::numeric_limits<float>::infinity());
   std::vector<const StrokeShape*> shapes, kept;
   for (size_t g = 0; g < model.gestures.size(); ++g) {
     const Gesture& gesture = *model.gestures[g];
     const size_t count = gesture.gestureSamples.size();
+    choice.samples[g].assign(gesture.gestureSamples.begin(), gesture.gestureSamples.end());
+    choice.total += count;
     std::vector<char>& compared = choice.compared[g];
     compared.assign(count, 1);
     if (!gesture.gestureEnabled || count <= kFewSamples) continue;
@@ -144,19 +154,41 @@ SampleChoice choosePrototypes(const GestureModel& model) {
   return choice;
 }
 
-// The samples chosen of a set that has a gesture of many samples, worked out once for its samples
-// (when training ends, a file is loaded, or else at the first identification); null for a set
-// without such a gesture.
-std::shared_ptr<const SampleChoice> prototypesOf(const GestureModel& model) {
+// A choice is made again at the first identification after the set's samples grew or shrank by
+// more than this factor since it was made (samples recorded one by one between identifications
+// would otherwise pay for a whole choice each), and whenever training ends or a file loads.
+constexpr double kChoiceGrowth = 1.25;
+
+uint64_t headSettingsDigest(const ModelParameters& parameters) {
+  uint64_t digest = 0;
+  for (int value : {parameters.updateHeadPositionPolicy, parameters.rotationFrameX, parameters.rotationFrameY,
+                    parameters.rotationFrameZ, parameters.rotationOrder}) {
+    digest = digest * 1000003u + static_cast<uint64_t>(static_cast<uint32_t>(value));
+  }
+  return digest;
+}
+
+// The samples chosen of a set that has a gesture of many samples (see kChoiceGrowth; `renew`: made
+// again if the samples changed at all); null for a set without such a gesture.
+std::shared_ptr<const SampleChoice> prototypesOf(const GestureModel& model, bool renew = false) {
   bool many = false;
+  size_t total = 0;
   for (const Gesture* gesture : model.gestures) {
     many |= gesture->gestureEnabled && gesture->gestureSamples.size() > kFewSamples;
+    total += gesture->gestureSamples.size();
   }
   if (!many) return nullptr;
   const uint64_t digest = sampleDigest(model, model.parameters);
   std::lock_guard<std::mutex> lock(model.prototypeMutex);
-  if (model.prototypes == nullptr || model.prototypeDigest != digest) {
-    model.prototypes = std::make_shared<const SampleChoice>(choosePrototypes(model));
+  const SampleChoice* made = model.prototypes.get();
+  if (made != nullptr && model.prototypeDigest == digest) return model.prototypes;
+  const double grown = made == nullptr ? 0.0 : static_cast<double>(total) / static_cast<double>(made->total);
+  if (made == nullptr || renew || made->settings != headSettingsDigest(model.parameters) ||
+      made->samples.size() != model.gestures.size() ||
+      !(grown <= kChoiceGrowth && grown * kChoiceGrowth >= 1.0)) {
+    SampleChoice choice = choosePrototypes(model);
+    choice.settings = headSettingsDigest(model.parameters);
+    model.prototypes = std::make_shared<const SampleChoice>(std::move(choice));
     model.prototypeDigest = digest;
   }
   return model.prototypes;
@@ -236,16 +268,12 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
     const bool few = gesture.gestureSamples.size() <= kFewSamples;
-    // (A choice made for other samples, which their digest all but rules out, is not used.)
-    const bool choiceFits = chosen != nullptr && chosen->compared.size() == model.gestures.size() &&
-                            chosen->compared[static_cast<size_t>(g)].size() == gesture.gestureSamples.size();
-    const char* compared = choiceFits ? chosen->compared[static_cast<size_t>(g)].data() : nullptr;
     double lowest = std::numeric_limits<double>::infinity(), highest = 0.0;
     for (size_t k = 0; k < gesture.gestureSamples.size(); ++k) {
       const Stroke* sample = gesture.gestureSamples[k];
       if (sample == leaveOut) continue;
       const StrokeShape* shape = &storedShape(*sample, model.parameters);
-      if (compared == nullptr || compared[k] != 0) candidates.push_back({g, shape, few});
+      if (chosen == nullptr || chosen->compares(static_cast<size_t>(g), k, sample)) candidates.push_back({g, shape, few});
       // The sharpness that the gesture shows is that of all its samples.
       const double own = shape->sharpness;
       if (!(own > 0.0) || !std::isfinite(own)) continue;
@@ -470,7 +498,7 @@ void prepareShapes(const GestureModel& model) {
   for (const Gesture* gesture : model.gestures) {
     for (const Stroke* sample : gesture->gestureSamples) storedShape(*sample, model.parameters);
   }
-  prototypesOf(model);
+  prototypesOf(model, true);
   reversibleGestures(model, threadScratch<std::vector<char>, struct ReversiblePlace>());
 }
 
