@@ -105,11 +105,6 @@ struct SampleChoice {
   std::vector<float> typical;                       // infinity where not measured
   size_t total = 0;                                 // samples it was chosen from
   uint64_t settings = 0;                            // digest of the head settings then
-  // Whether the sample at place `k` of gesture `g` is compared: a sample added since the choice
-  // always is.
-  bool compares(size_t g, size_t k, const Stroke* sample) const {
-    return g >= samples.size() || k >= samples[g].size() || samples[g][k] != sample || compared[g][k] != 0;
-  }
 };
 
 namespace {
@@ -268,12 +263,18 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
     const bool few = gesture.gestureSamples.size() <= kFewSamples;
+    // The samples the choice was made from, and whether each is compared; a sample added since
+    // always is.
+    const bool chose = chosen != nullptr && static_cast<size_t>(g) < chosen->samples.size();
+    const size_t choices = chose ? chosen->samples[static_cast<size_t>(g)].size() : 0;
+    const Stroke* const* choiceOf = chose ? chosen->samples[static_cast<size_t>(g)].data() : nullptr;
+    const char* compared = chose ? chosen->compared[static_cast<size_t>(g)].data() : nullptr;
     double lowest = std::numeric_limits<double>::infinity(), highest = 0.0;
     for (size_t k = 0; k < gesture.gestureSamples.size(); ++k) {
       const Stroke* sample = gesture.gestureSamples[k];
       if (sample == leaveOut) continue;
       const StrokeShape* shape = &storedShape(*sample, model.parameters);
-      if (chosen == nullptr || chosen->compares(static_cast<size_t>(g), k, sample)) candidates.push_back({g, shape, few});
+      if (k >= choices || choiceOf[k] != sample || compared[k] != 0) candidates.push_back({g, shape, few});
       // The sharpness that the gesture shows is that of all its samples.
       const double own = shape->sharpness;
       if (!(own > 0.0) || !std::isfinite(own)) continue;
