@@ -29,6 +29,13 @@ class CombinationIdentificationTest : public ::testing::Test {
   int identify(double* probability = nullptr, double* similarity = nullptr) {
     return c->identifyGestureCombination(probability, similarity, partP, partS);
   }
+  // Fresh results on part 0 and, when given, on part 1, then the identification.
+  int identifyAfter(std::vector<double> p0, std::vector<double> s0, std::vector<double> p1 = {},
+                    std::vector<double> s1 = {}) {
+    setPartResult(*c, 0, p0, s0);
+    if (!p1.empty()) setPartResult(*c, 1, p1, s1);
+    return identify();
+  }
   Combinations c;
   double partP[2] = {9, 9}, partS[2] = {9, 9};
 };
@@ -62,35 +69,25 @@ TEST_F(CombinationIdentificationTest, TheBestMeanOfTheWantedGesturesWins) {
   EXPECT_EQ(partP[0], 0.8);
 
   // A stroke on the part that should stay idle rejects it, unless that part is disabled.
-  setPartResult(*c, 0, {0.0, 0.0, 1.0}, {0.1, 0.1, 0.9});
-  setPartResult(*c, 1, {0.0, 0.0, 1.0}, {0.0, 0.0, 1.0});
-  EXPECT_EQ(identify(), -1);
-  c->setPartEnabled(1, false);
-  setPartResult(*c, 0, {0.0, 0.0, 1.0}, {0.1, 0.1, 0.9});
-  setPartResult(*c, 1, {0.0, 0.0, 1.0}, {0.0, 0.0, 1.0});
-  EXPECT_EQ(identify(), 1);
+  for (bool enabled : {true, false}) {
+    c->setPartEnabled(1, enabled);
+    EXPECT_EQ(identifyAfter({0.0, 0.0, 1.0}, {0.1, 0.1, 0.9}, {0.0, 0.0, 1.0}, {0.0, 0.0, 1.0}), enabled ? -1 : 1);
+  }
   // A disabled part that a combination needs rejects it.
-  setPartResult(*c, 0, {0.9, 0.1, 0.0}, {0.9, 0.1, 0.0});
-  setPartResult(*c, 1, {0.1, 0.9, 0.0}, {0.1, 0.9, 0.0});
-  EXPECT_EQ(identify(), -1);
+  EXPECT_EQ(identifyAfter({0.9, 0.1, 0.0}, {0.9, 0.1, 0.0}, {0.1, 0.9, 0.0}, {0.1, 0.9, 0.0}), -1);
 }
 
 TEST_F(CombinationIdentificationTest, TiesStayWithTheEarlierCombination) {
   define({1, -1});
   define({0, -1});
-  setPartResult(*c, 0, {0.5, 0.5, 0.0}, {0.2, 0.9, 0.0});
-  EXPECT_EQ(identify(), 0);
-  // A mean of exactly zero never wins.
-  setPartResult(*c, 0, {0.0, 0.0, 1.0}, {1.0, 1.0, 1.0});
-  EXPECT_EQ(identify(), -1);
+  EXPECT_EQ(identifyAfter({0.5, 0.5, 0.0}, {0.2, 0.9, 0.0}), 0);
+  EXPECT_EQ(identifyAfter({0.0, 0.0, 1.0}, {1.0, 1.0, 1.0}), -1);  // a mean of exactly zero never wins
 }
 
 TEST_F(CombinationIdentificationTest, ACombinationFromAFileWithFewerPartsIgnoresTheRest) {
   const int k = define({1, 1});
   c->combinations[static_cast<size_t>(k)].partCount = 1;
-  setPartResult(*c, 0, {0.1, 0.7, 0.2}, {0.1, 0.7, 0.2});
-  setPartResult(*c, 1, {1.0, 0.0, 0.0}, {1.0, 0.0, 0.0});
-  EXPECT_EQ(identify(), k);
+  EXPECT_EQ(identifyAfter({0.1, 0.7, 0.2}, {0.1, 0.7, 0.2}, {1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}), k);
   EXPECT_EQ(partP[0], 0.7);
   EXPECT_EQ(partP[1], -1.0);
 }
@@ -108,12 +105,11 @@ TEST_F(CombinationIdentificationTest, StrokesOfBothHandsNameTheCombination) {
     int left, right, expected;
   } cases[] = {{0, 0, circles}, {1, -1, leftSwipe}, {2, 1, mixed}};
   for (const Case& test : cases) {
-    performOnPart(*c, 0, test.left, -1, rng);
-    if (test.right >= 0) performOnPart(*c, 1, test.right, -1, rng);
+    const int parts = test.right >= 0 ? 2 : 1;
+    for (int part = 0; part < parts; ++part) performOnPart(*c, part, part == 0 ? test.left : test.right, -1, rng);
     EXPECT_EQ(identify(), -13);  // strokes still running
-    ASSERT_EQ(c->endStroke(0, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
-    if (test.right >= 0) {
-      ASSERT_EQ(c->endStroke(1, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+    for (int part = 0; part < parts; ++part) {
+      ASSERT_EQ(c->endStroke(part, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
     }
     double probabilities[3], similarities[3];
     int count = 3;

@@ -13,7 +13,8 @@ namespace {
 
 using namespace combination_testing;
 
-// (Bad part indices, and objects without parts, are in the flat face's hostile-values test.)
+// (Bad part, gesture and combination indices and mirror axes, capacities and objects without
+// parts are in the flat face's hostile-values test.)
 TEST(CombinationPartsTest, AMissingPartGivesEachFamilysResult) {
   // A missing part (a failed allocation) gives -14 in the forwarding families, 0 in the readers.
   const double p[3] = {0, 0, 0}, q[4] = {0, 0, 0, 1};
@@ -38,15 +39,9 @@ TEST(CombinationPartsTest, FlatFaceKeepsItsOddities) {
   EXPECT_EQ(GestureCombinations_getMaxTrainingThreads(c), 7);
   EXPECT_EQ(static_cast<IGestureCombinations*>(c)->getMaxTrainingThreads(), 1);
   EXPECT_EQ(static_cast<GestureCombinations*>(c)->parts[1]->maxTrainingTime, 7);
-  EXPECT_EQ(GestureCombinations_getTrainingParameter(c, 3), -1);
   EXPECT_EQ(GestureCombinations_setTrainingParameter(c, 3, 12), 0);
   EXPECT_EQ(GestureCombinations_getTrainingParameter(c, 3), 12);
   EXPECT_EQ(static_cast<GestureCombinations*>(c)->parts[0]->getTrainingParameter(3), 12);
-  EXPECT_EQ(GestureCombinations_setTrainingParameter(c, -1, 1), -18);
-  int room = 4;
-  double values[4];
-  EXPECT_EQ(GestureCombinations_getPartProbabilitiesAndSimilarities(c, 0, values, values, &room), -13);
-  EXPECT_EQ(room, 0);
   GestureCombinations_delete(c);
 }
 
@@ -87,16 +82,12 @@ TEST(CombinationPartsTest, DeletingGesturesKeepsCombinationsConsistent) {
     ASSERT_EQ(c->setCombinationPartGesture(k, 0, g), 0);
     ASSERT_EQ(c->setCombinationPartGesture(k, 1, 0), 0);
   }
-  EXPECT_EQ(c->setCombinationPartGesture(0, 1, 1), -2);  // part 1 has one gesture
-  EXPECT_EQ(c->setCombinationPartGesture(0, 2, 0), -2);
-  EXPECT_EQ(c->setCombinationPartGesture(0, 0, -2), -2);
 
   ASSERT_EQ(c->deleteGesture(0, 2), 0);
   EXPECT_EQ(c->getCombinationPartGesture(0, 0), 1);
   EXPECT_EQ(c->getCombinationPartGesture(1, 0), -1);
   EXPECT_EQ(c->getCombinationPartGesture(2, 0), 2);
   EXPECT_EQ(c->getCombinationPartGesture(2, 1), 0);  // the other part is untouched
-  EXPECT_EQ(c->deleteGesture(0, 7), -2);
   ASSERT_EQ(c->deleteAllGestures(1), 0);
   for (int k = 0; k < 3; ++k) EXPECT_EQ(c->getCombinationPartGesture(k, 1), -1);
 
@@ -110,10 +101,6 @@ TEST(CombinationPartsTest, CopyRefusalsAndEmptyGestures) {
   Combinations c = makeCombinations(2);
   c->createGesture(0, "empty", nullptr);
   c->createGesture(1, "target", nullptr);
-  EXPECT_EQ(c->copyGesture(0, 0, 1, 0, 3), -18);
-  EXPECT_EQ(c->copyGesture(0, 1, 1, 0, 0), -2);
-  EXPECT_EQ(c->copyGesture(0, 0, 2, 0, 0), -2);
-  EXPECT_EQ(c->copyGesture(0, 0, 1, 5, 0), -2);
   EXPECT_EQ(c->copyGesture(0, 0, 1, 0, 0), 0);  // nothing to copy, whatever the target
   EXPECT_EQ(c->copyGesture(0, 0, 1, -1, 0), 0);
   EXPECT_STREQ(c->getGestureName(1, 1), "empty");

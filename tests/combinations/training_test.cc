@@ -50,15 +50,14 @@ class CombinationTrainingTest : public ::testing::Test {
     std::mt19937 rng(4);
     recordTwoHands(*c, 5, rng);
     c->createGesture(0, "never recorded", nullptr);
-    int k = c->createGestureCombination("circles");
-    c->setCombinationPartGesture(k, 0, 0);
-    c->setCombinationPartGesture(k, 1, 0);
-    k = c->createGestureCombination("left swipe, right zigzag");
-    c->setCombinationPartGesture(k, 0, 1);
-    c->setCombinationPartGesture(k, 1, 2);
-    // Its gesture has no samples: its repetitions can only fail.
-    k = c->createGestureCombination("empty");
-    c->setCombinationPartGesture(k, 0, 3);
+    // The gestures of parts 0 and 1; the last one's has no samples, so its repetitions can only fail.
+    const struct { const char* name; int left, right; } combinations[] = {
+        {"circles", 0, 0}, {"left swipe, right zigzag", 1, 2}, {"empty", 3, -1}};
+    for (const auto& wanted : combinations) {
+      const int k = c->createGestureCombination(wanted.name);
+      c->setCombinationPartGesture(k, 0, wanted.left);
+      c->setCombinationPartGesture(k, 1, wanted.right);
+    }
     c->setMaxTrainingTime(testing_support::timeScale());  // a second of a native run
     observer.owner = c.get();
     c->trainingUpdateCallback = &onUpdate;
@@ -96,8 +95,7 @@ TEST_F(CombinationTrainingTest, OnePartAtATimeThenOneScore) {
   EXPECT_GE(observer.finalScore, 0.5);
   EXPECT_LE(observer.finalScore, 2.0 / 3.0 + 1e-12);
   EXPECT_EQ(c->recognitionScore(), observer.finalScore);
-  EXPECT_GT(c->gestureRecognitionScore(0), 0.5);
-  EXPECT_GT(c->gestureRecognitionScore(1), 0.5);
+  for (int part : {0, 1}) EXPECT_GT(c->gestureRecognitionScore(part), 0.5) << part;
 }
 
 TEST_F(CombinationTrainingTest, APartWithoutSamplesFinishesAtOnceWithoutEndingTheRun) {

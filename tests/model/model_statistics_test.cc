@@ -66,8 +66,7 @@ TEST(ModelStatisticsTest, GroupsFloorAndQuaternionExponent) {
 
 TEST(ModelStatisticsTest, SimilarityRefusesWhatItCannotMeasure) {
   OneGesture g(2, 2, 0.1);
-  EXPECT_EQ(gestureSimilarity(g.model, g.mean, 1), -1.0);
-  EXPECT_EQ(gestureSimilarity(g.model, g.mean, -1), -1.0);
+  for (int gesture : {1, -1}) EXPECT_EQ(gestureSimilarity(g.model, g.mean, gesture), -1.0) << gesture;
   std::vector<double> longer = g.mean;
   longer.push_back(0.0);
   EXPECT_EQ(gestureSimilarity(g.model, longer, 0), -1.0);
