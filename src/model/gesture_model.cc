@@ -34,10 +34,19 @@ void sampleFingerprint(const GestureModel& model, const ModelParameters& paramet
 }
 
 uint64_t sampleDigest(const GestureModel& model, const ModelParameters& parameters) {
-  uint64_t digest = 0x9e3779b97f4a7c15u;
-  fingerprintValues(model, parameters, [&digest](uintptr_t value) {
-    digest ^= static_cast<uint64_t>(value) + 0x9e3779b97f4a7c15u + (digest << 6) + (digest >> 2);
+  // Four values mixed side by side and then together: one chain of mixing would take a while on
+  // a set of many samples, and this runs with every identification.
+  uint64_t lanes[4] = {1, 2, 3, 4};
+  size_t next = 0;
+  const auto mix = [](uint64_t digest, uint64_t value) {
+    return digest ^ (value + 0x9e3779b97f4a7c15u + (digest << 6) + (digest >> 2));
+  };
+  fingerprintValues(model, parameters, [&](uintptr_t value) {
+    uint64_t& lane = lanes[next++ & 3];
+    lane = mix(lane, static_cast<uint64_t>(value));
   });
+  uint64_t digest = next;
+  for (uint64_t lane : lanes) digest = mix(digest, lane);
   return digest;
 }
 

@@ -163,17 +163,18 @@ uint64_t headSettingsDigest(const ModelParameters& parameters) {
   return digest;
 }
 
-// The samples chosen of a set that has a gesture of many samples (see kChoiceGrowth; `renew`: made
-// again if the samples changed at all); null for a set without such a gesture.
-std::shared_ptr<const SampleChoice> prototypesOf(const GestureModel& model, bool renew = false) {
-  bool many = false;
-  size_t total = 0;
+bool hasManySamples(const GestureModel& model) {
   for (const Gesture* gesture : model.gestures) {
-    many |= gesture->gestureEnabled && gesture->gestureSamples.size() > kFewSamples;
-    total += gesture->gestureSamples.size();
+    if (gesture->gestureEnabled && gesture->gestureSamples.size() > kFewSamples) return true;
   }
-  if (!many) return nullptr;
-  const uint64_t digest = sampleDigest(model, model.parameters);
+  return false;
+}
+
+// The samples chosen of a set that has a gesture of many samples (see kChoiceGrowth; `renew`: made
+// again if the samples changed at all), whose sampleDigest is `digest`.
+std::shared_ptr<const SampleChoice> prototypesOf(const GestureModel& model, uint64_t digest, bool renew = false) {
+  size_t total = 0;
+  for (const Gesture* gesture : model.gestures) total += gesture->gestureSamples.size();
   std::lock_guard<std::mutex> lock(model.prototypeMutex);
   const SampleChoice* made = model.prototypes.get();
   if (made != nullptr && model.prototypeDigest == digest) return model.prototypes;
@@ -247,8 +248,9 @@ namespace {
 
 // The nearest gesture to a shape, as nearestGestureByShape. `reversible`: per gesture, whether a
 // closed stroke is also read the other way round against its closed samples; null for never.
+// `chosen`: which samples are compared; null for all.
 int nearestToShape(const GestureModel& model, const StrokeShape& query, double* distances, const Stroke* leaveOut,
-                   bool window, const std::vector<char>* reversible) {
+                   bool window, const std::vector<char>* reversible, const SampleChoice* chosen) {
   constexpr float kFar = std::numeric_limits<float>::infinity();
   std::vector<Candidate>& candidates = threadScratch<std::vector<Candidate>, struct CandidatesPlace>();
   std::vector<uint64_t>& order = threadScratch<std::vector<uint64_t>, struct OrderPlace>();
@@ -257,8 +259,6 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
   std::vector<float>& factorOf = threadScratch<std::vector<float>, struct SharpnessFactorPlace>();
   candidates.clear();
   factorOf.assign(static_cast<size_t>(model.gestureCount()), 1.0f);
-  // Scoring the set leaves samples out, and compares with all the others.
-  const std::shared_ptr<const SampleChoice> chosen = leaveOut == nullptr ? prototypesOf(model) : nullptr;
   for (int g = 0; g < model.gestureCount(); ++g) {
     const Gesture& gesture = *model.gestures[static_cast<size_t>(g)];
     if (!gesture.gestureEnabled) continue;
@@ -415,8 +415,8 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
 // Per gesture, whether a stroke may be read the other way round against its closed samples: not
 // when the set tells it from another gesture by its direction (see kMirrorShare). Worked out once
 // for a set of samples; `out` receives a copy.
-void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
-  const uint64_t digest = sampleDigest(model, model.parameters);
+// `digest`: the set's sampleDigest.
+void reversibleGestures(const GestureModel& model, uint64_t digest, std::vector<char>& out) {
   std::lock_guard<std::mutex> lock(model.shapeSetMutex);
   if (model.shapeSetKnown && digest == model.shapeSetDigest) {
     out = model.reversibleGestures;
@@ -448,7 +448,7 @@ void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
     std::vector<double> nearest;
     for (size_t k = 0; k < count; ++k) {
       const Stroke* sample = closed[k * closed.size() / count];
-      nearestToShape(model, storedShape(*sample, model.parameters), distances.data(), sample, true, nullptr);
+      nearestToShape(model, storedShape(*sample, model.parameters), distances.data(), sample, true, nullptr, nullptr);
       if (std::isfinite(distances[g])) nearest.push_back(distances[g]);
       checked[g].push_back({sample, distances});
     }
@@ -465,7 +465,7 @@ void reversibleGestures(const GestureModel& model, std::vector<char>& out) {
       const StrokeShape& forwards = storedShape(*check.sample, model.parameters);
       reversedFrom(forwards.path, 0, backwards.path);
       backwards.sharpness = forwards.sharpness;  // the same turns, gone through the other way
-      nearestToShape(model, backwards, distances.data(), check.sample, true, nullptr);
+      nearestToShape(model, backwards, distances.data(), check.sample, true, nullptr, nullptr);
       for (size_t h = 0; h < gestureCount; ++h) {
         if (h != g && std::isfinite(typical[h]) && distances[h] < kMirrorShare * typical[h] &&
             distances[h] < kMirrorGain * check.forwards[h]) {
@@ -487,11 +487,16 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   // running motion are not read the other way round: that would cost every frame.
   std::vector<char>& reversible = threadScratch<std::vector<char>, struct ReversiblePlace>();
   bool reversals = query.closed && !window;
+  // A set with a gesture of many samples is compared with the samples chosen of it; scoring the
+  // set, which leaves samples out, with all the others.
+  const bool choose = leaveOut == nullptr && hasManySamples(model);
+  const uint64_t digest = reversals || choose ? sampleDigest(model, model.parameters) : 0;
+  const std::shared_ptr<const SampleChoice> chosen = choose ? prototypesOf(model, digest) : nullptr;
   if (reversals) {
-    reversibleGestures(model, reversible);
+    reversibleGestures(model, digest, reversible);
     reversals = reversible.size() == model.gestures.size();
   }
-  return nearestToShape(model, query, distances, leaveOut, window, reversals ? &reversible : nullptr);
+  return nearestToShape(model, query, distances, leaveOut, window, reversals ? &reversible : nullptr, chosen.get());
 }
 
 void prepareShapes(const GestureModel& model) {
@@ -499,8 +504,9 @@ void prepareShapes(const GestureModel& model) {
   for (const Gesture* gesture : model.gestures) {
     for (const Stroke* sample : gesture->gestureSamples) storedShape(*sample, model.parameters);
   }
-  prototypesOf(model, true);
-  reversibleGestures(model, threadScratch<std::vector<char>, struct ReversiblePlace>());
+  const uint64_t digest = sampleDigest(model, model.parameters);
+  if (hasManySamples(model)) prototypesOf(model, digest, true);
+  reversibleGestures(model, digest, threadScratch<std::vector<char>, struct ReversiblePlace>());
 }
 
 void probabilitiesFromShapeDistances(const double* distances, int count, double* probabilities) {
