@@ -100,11 +100,15 @@ constexpr size_t kTypicalChecks = 16;
 // of one with many, each sample that none chosen before it comes near (see kDuplicateShare). And
 // for those, how near their samples typically come to one another.
 struct SampleChoice {
-  std::vector<std::vector<const Stroke*>> samples;  // per gesture, those it was chosen from
-  std::vector<std::vector<char>> compared;          // per gesture, alongside
-  std::vector<float> typical;                       // infinity where not measured
-  size_t total = 0;                                 // samples it was chosen from
-  uint64_t settings = 0;                            // digest of the head settings then
+  struct Sample {
+    const Stroke* stroke;  // never read through: a sample may have gone since
+    size_t points;         // its length, which tells a sample recorded since at the same address
+    bool compared;
+  };
+  std::vector<std::vector<Sample>> samples;  // per gesture, those it was chosen from
+  std::vector<float> typical;                // infinity where not measured
+  size_t total = 0;                          // samples it was chosen from
+  uint64_t settings = 0;                     // digest of the head settings then
 };
 
 namespace {
@@ -112,16 +116,14 @@ namespace {
 SampleChoice choosePrototypes(const GestureModel& model) {
   SampleChoice choice;
   choice.samples.resize(model.gestures.size());
-  choice.compared.resize(model.gestures.size());
   choice.typical.assign(model.gestures.size(), std::numeric_limits<float>::infinity());
   std::vector<const StrokeShape*> shapes, kept;
   for (size_t g = 0; g < model.gestures.size(); ++g) {
     const Gesture& gesture = *model.gestures[g];
     const size_t count = gesture.gestureSamples.size();
-    choice.samples[g].assign(gesture.gestureSamples.begin(), gesture.gestureSamples.end());
+    std::vector<SampleChoice::Sample>& chosen = choice.samples[g];
+    for (const Stroke* sample : gesture.gestureSamples) chosen.push_back({sample, sample->handPoints.size(), true});
     choice.total += count;
-    std::vector<char>& compared = choice.compared[g];
-    compared.assign(count, 1);
     if (!gesture.gestureEnabled || count <= kFewSamples) continue;
     shapes.clear();
     for (const Stroke* sample : gesture.gestureSamples) shapes.push_back(&storedShape(*sample, model.parameters));
@@ -140,7 +142,7 @@ SampleChoice choosePrototypes(const GestureModel& model) {
     kept.clear();
     for (size_t i = 0; i < count; ++i) {
       if (nearestStoredShape(shapes[i]->path, kept.size(), [&](size_t k) { return kept[k]; }, near) < near) {
-        compared[i] = 0;
+        chosen[i].compared = false;
       } else {
         kept.push_back(shapes[i]);
       }
@@ -267,14 +269,16 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
     // always is.
     const bool chose = chosen != nullptr && static_cast<size_t>(g) < chosen->samples.size();
     const size_t choices = chose ? chosen->samples[static_cast<size_t>(g)].size() : 0;
-    const Stroke* const* choiceOf = chose ? chosen->samples[static_cast<size_t>(g)].data() : nullptr;
-    const char* compared = chose ? chosen->compared[static_cast<size_t>(g)].data() : nullptr;
+    const SampleChoice::Sample* choiceOf = chose ? chosen->samples[static_cast<size_t>(g)].data() : nullptr;
     double lowest = std::numeric_limits<double>::infinity(), highest = 0.0;
     for (size_t k = 0; k < gesture.gestureSamples.size(); ++k) {
       const Stroke* sample = gesture.gestureSamples[k];
       if (sample == leaveOut) continue;
       const StrokeShape* shape = &storedShape(*sample, model.parameters);
-      if (k >= choices || choiceOf[k] != sample || compared[k] != 0) candidates.push_back({g, shape, few});
+      if (k >= choices || choiceOf[k].compared || choiceOf[k].stroke != sample ||
+          choiceOf[k].points != sample->handPoints.size()) {
+        candidates.push_back({g, shape, few});
+      }
       // The sharpness that the gesture shows is that of all its samples.
       const double own = shape->sharpness;
       if (!(own > 0.0) || !std::isfinite(own)) continue;
