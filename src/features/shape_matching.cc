@@ -15,10 +15,6 @@
 
 namespace zando {
 
-namespace {
-
-constexpr int kUseInitialHead = 1;
-
 void headSettingsOf(const ModelParameters& parameters, int settings[5]) {
   settings[0] = parameters.updateHeadPositionPolicy;
   settings[1] = parameters.rotationFrameX;
@@ -26,6 +22,10 @@ void headSettingsOf(const ModelParameters& parameters, int settings[5]) {
   settings[3] = parameters.rotationFrameZ;
   settings[4] = parameters.rotationOrder;
 }
+
+namespace {
+
+constexpr int kUseInitialHead = 1;
 
 // A value as a saved file keeps it (ten significant digits) and a load gives it back.
 double asStored(double value) {

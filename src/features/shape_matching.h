@@ -54,6 +54,9 @@ void makeStrokeShape(const Stroke& stroke, const ModelParameters& parameters, bo
 // for `stored` shapes. The head settings are left as they are.
 void makePathShape(const std::vector<Eigen::Vector3d>& path, bool stored, StrokeShape& shape);
 
+// The head settings that a stored shape depends on.
+void headSettingsOf(const ModelParameters& parameters, int settings[5]);
+
 // The shape of a stored sample, made on first use and kept with it.
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters);
 

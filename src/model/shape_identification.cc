@@ -108,7 +108,7 @@ struct SampleChoice {
   std::vector<std::vector<Sample>> samples;  // per gesture, those it was chosen from
   std::vector<float> typical;                // infinity where not measured
   size_t total = 0;                          // samples it was chosen from
-  uint64_t settings = 0;                     // digest of the head settings then
+  int settings[5] = {0, 0, 0, 0, 0};         // the head settings then (see headSettingsOf)
 };
 
 namespace {
@@ -156,15 +156,6 @@ SampleChoice choosePrototypes(const GestureModel& model) {
 // would otherwise pay for a whole choice each), and whenever training ends or a file loads.
 constexpr double kChoiceGrowth = 1.25;
 
-uint64_t headSettingsDigest(const ModelParameters& parameters) {
-  uint64_t digest = 0;
-  for (int value : {parameters.updateHeadPositionPolicy, parameters.rotationFrameX, parameters.rotationFrameY,
-                    parameters.rotationFrameZ, parameters.rotationOrder}) {
-    digest = digest * 1000003u + static_cast<uint64_t>(static_cast<uint32_t>(value));
-  }
-  return digest;
-}
-
 bool hasManySamples(const GestureModel& model) {
   for (const Gesture* gesture : model.gestures) {
     if (gesture->gestureEnabled && gesture->gestureSamples.size() > kFewSamples) return true;
@@ -181,11 +172,13 @@ std::shared_ptr<const SampleChoice> prototypesOf(const GestureModel& model, uint
   const SampleChoice* made = model.prototypes.get();
   if (made != nullptr && model.prototypeDigest == digest) return model.prototypes;
   const double grown = made == nullptr ? 0.0 : static_cast<double>(total) / static_cast<double>(made->total);
-  if (made == nullptr || renew || made->settings != headSettingsDigest(model.parameters) ||
+  int settings[5];
+  headSettingsOf(model.parameters, settings);
+  if (made == nullptr || renew || !std::equal(settings, settings + 5, made->settings) ||
       made->samples.size() != model.gestures.size() ||
       !(grown <= kChoiceGrowth && grown * kChoiceGrowth >= 1.0)) {
     SampleChoice choice = choosePrototypes(model);
-    choice.settings = headSettingsDigest(model.parameters);
+    std::copy(settings, settings + 5, choice.settings);
     model.prototypes = std::make_shared<const SampleChoice>(std::move(choice));
     model.prototypeDigest = digest;
   }
