@@ -44,11 +44,12 @@ void performTurnedV(IGestureRecognition& r, int quarterTurns, int recordAs, std:
   drawTurnedV(r, quarterTurns, rng);
 }
 
-std::unique_ptr<GestureRecognition> turnedVSet(std::mt19937& rng) {
+// Gesture g: the V turned g quarter turns, `samples` of each.
+std::unique_ptr<GestureRecognition> turnedVSet(std::mt19937& rng, int gestures = 4, int samples = 2) {
   auto r = std::make_unique<GestureRecognition>();
-  for (int g = 0; g < 4; ++g) {
+  for (int g = 0; g < gestures; ++g) {
     r->createGesture("V", nullptr);
-    for (int s = 0; s < 2; ++s) {
+    for (int s = 0; s < samples; ++s) {
       performTurnedV(*r, g, g, rng);
       endStroke(*r);
     }
@@ -191,15 +192,9 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
 // covers them. A way of making a gesture recorded after the set was first used is part of it.
 TEST(EnhancedRecognitionTest, ALargeSetCoversEveryWayItsGesturesAreMade) {
   std::mt19937 rng(5);
-  GestureRecognition r;
+  std::unique_ptr<GestureRecognition> set = turnedVSet(rng, 2, 20);
+  GestureRecognition& r = *set;
   r.setEnhancedRecognition(1);
-  for (int g = 0; g < 2; ++g) {
-    r.createGesture("V", nullptr);
-    for (int s = 0; s < 20; ++s) {
-      performTurnedV(r, g, g, rng);
-      endStroke(r);
-    }
-  }
   performTurnedV(r, 0, -1, rng);
   EXPECT_EQ(endStroke(r), 0);
   for (int s = 0; s < 3; ++s) {
