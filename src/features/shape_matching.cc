@@ -234,6 +234,15 @@ void startAt(const WarpingQuery& path, int first, WarpingQuery& out) {
   setDirections(out);
 }
 
+void reversedPath(const WarpingQuery& path, WarpingQuery& out) {
+  for (int i = 0; i < kShapePoints; ++i) {
+    out.x[i] = path.x[kShapePoints - 1 - i];
+    out.y[i] = path.y[kShapePoints - 1 - i];
+    out.z[i] = path.z[kShapePoints - 1 - i];
+  }
+  setDirections(out);
+}
+
 const StrokeShape& storedShape(const Stroke& sample, const ModelParameters& parameters) {
   int settings[5];
   headSettingsOf(parameters, settings);

@@ -38,6 +38,8 @@ double turnSharpness(const WarpingQuery& path);
 
 // The same closed path begun at its point `first` (and ending there again).
 void startAt(const WarpingQuery& path, int first, WarpingQuery& out);
+// The same path gone through from its end to its start.
+void reversedPath(const WarpingQuery& path, WarpingQuery& out);
 
 // Hand positions in the head's frame: the head of the first point for the initial policy, each
 // point's own head otherwise. Heads are paired with points as a saved file pairs them (a stroke

@@ -23,7 +23,7 @@ struct Candidate {
 };
 
 // Which samples a reading of the stroke is compared with.
-enum class Against { All, Closed, Few, Reversible };
+enum class Against { All, Closed, Few, ClosedBackwards, OpenBackwards };
 
 // A gesture with at most this many samples is also compared with the stroke turned a little: with
 // many samples, from many people, its samples mostly hold the tilts that people give it already,
@@ -49,8 +49,12 @@ constexpr Turn kTurns[] = {{0, 0.3f}, {0, -0.3f}, {1, 0.4f}, {1, -0.4f}};
 // come about as near read either way.)
 constexpr double kMirrorShare = 1.5;
 constexpr double kMirrorGain = 0.5;
-// The closed samples of a gesture that the check reads, at most.
+// The closed samples of a gesture that the check reads, at most, and as many open ones.
 constexpr size_t kMirrorChecks = 8;
+// What reversibleGestures tells of a gesture: whether a closed stroke is read the other way round
+// against its closed samples, and an open stroke from its end against its open samples.
+constexpr char kClosedWays = 1;
+constexpr char kOpenWays = 2;
 
 // The same closed path gone round the other way, begun at its point `first`.
 void reversedFrom(const WarpingQuery& path, int first, WarpingQuery& out) {
@@ -300,11 +304,25 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
     for (size_t i = 0; i < candidates.size(); ++i) {
       const Candidate& candidate = candidates[i];
       const bool closed = candidate.shape->closed;
-      if ((against == Against::Closed && !closed) || (against == Against::Few && !candidate.few) ||
-          (against == Against::Reversible &&
-           !(closed && (*reversible)[static_cast<size_t>(candidate.gesture)]))) {
-        continue;
+      const char ways = reversible != nullptr ? (*reversible)[static_cast<size_t>(candidate.gesture)] : 0;
+      bool compared = true;
+      switch (against) {
+        case Against::All:
+          break;
+        case Against::Closed:
+          compared = closed;
+          break;
+        case Against::Few:
+          compared = candidate.few;
+          break;
+        case Against::ClosedBackwards:
+          compared = closed && (ways & kClosedWays) != 0;
+          break;
+        case Against::OpenBackwards:
+          compared = !closed && candidate.few && (ways & kOpenWays) != 0;
+          break;
       }
+      if (!compared) continue;
       const float limit = nearestFor(candidate.gesture);
       const float factor = factorOf[static_cast<size_t>(candidate.gesture)];
       const float bound = factor * placeBounds(path, candidate.shape->envelope, bounds[i], limit / factor);
@@ -353,44 +371,50 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
     }
   };
   pass(query.path, Against::All);
-  // A closed stroke is also read from halfway round, against the closed samples: people start a
-  // circle or a square at different places.
+  // Whether a gesture of many samples (see SampleChoice) already has one that comes as near as its
+  // samples typically come to one another: the stroke goes its samples' way, and reading it the
+  // other way would cost a large set much time for nothing.
+  const auto matchedAsSamplesAre = [&] {
+    if (chosen == nullptr || chosen->typical.size() != static_cast<size_t>(model.gestureCount())) return false;
+    int best = nearest;
+    float distance = perGesture ? kFar : nearestOf[0];
+    for (size_t g = 0; perGesture && g < nearestOf.size(); ++g) {
+      if (nearestOf[g] < distance) {
+        distance = nearestOf[g];
+        best = static_cast<int>(g);
+      }
+    }
+    // (A gesture of few samples has no typical distance, and its ways round are always read.)
+    return best >= 0 && std::isfinite(chosen->typical[static_cast<size_t>(best)]) &&
+           distance <= chosen->typical[static_cast<size_t>(best)];
+  };
+  WarpingQuery& turned = threadScratch<WarpingQuery, struct TurnedPlace>();
   if (query.closed) {
-    WarpingQuery& turned = threadScratch<WarpingQuery, struct TurnedPlace>();
+    // A closed stroke is also read from halfway round, against the closed samples: people start a
+    // circle or a square at different places.
     startAt(query.path, kShapePoints / 2, turned);
     pass(turned, Against::Closed);
     // And the other way round, from where it begins and from halfway, against the closed samples
     // of the gestures whose direction does not tell them from another: people go round a circle
     // either way.
-    // Not when a gesture of many samples (see SampleChoice) already has one that comes as near as
-    // its samples typically come to one another: the stroke goes its samples' way round, and the
-    // readings would cost a large set much time for nothing.
-    const auto matchedAsSamplesAre = [&] {
-      if (chosen == nullptr || chosen->typical.size() != static_cast<size_t>(model.gestureCount())) return false;
-      int best = nearest;
-      float distance = perGesture ? kFar : nearestOf[0];
-      for (size_t g = 0; perGesture && g < nearestOf.size(); ++g) {
-        if (nearestOf[g] < distance) {
-          distance = nearestOf[g];
-          best = static_cast<int>(g);
-        }
-      }
-      // (A gesture of few samples has no typical distance, and its ways round are always read.)
-      return best >= 0 && std::isfinite(chosen->typical[static_cast<size_t>(best)]) &&
-             distance <= chosen->typical[static_cast<size_t>(best)];
-    };
     if (reversible != nullptr && !matchedAsSamplesAre()) {
       for (int first : {0, kShapePoints / 2}) {
         reversedFrom(query.path, first, turned);
-        pass(turned, Against::Reversible);
+        pass(turned, Against::ClosedBackwards);
       }
     }
+  } else if (reversible != nullptr && !matchedAsSamplesAre()) {
+    // An open stroke is also read from its end to its start, against the open samples of those
+    // gestures: people begin a figure at either end. Only against gestures of few samples: a set
+    // from many people holds both ends already, and reading every stroke twice against it costs
+    // much time.
+    reversedPath(query.path, turned);
+    pass(turned, Against::OpenBackwards);
   }
   // A whole stroke is also compared turned a little with the gestures of few samples. Not a
   // window of running motion, which resembles few samples, so that the bounds skip little and
   // each reading would cost about as much as the first, every frame.
   if (!window) {
-    WarpingQuery& turned = threadScratch<WarpingQuery, struct TurnedPlace>();
     for (const Turn& turn : kTurns) {
       turnPath(query.path, turn, turned);
       pass(turned, Against::Few);
@@ -409,9 +433,11 @@ int nearestToShape(const GestureModel& model, const StrokeShape& query, double* 
   return nearest;
 }
 
-// Per gesture, whether a stroke may be read the other way round against its closed samples: not
-// when the set tells it from another gesture by its direction (see kMirrorShare). Worked out once
-// for a set of samples; `out` receives a copy.
+// Per gesture, whether a stroke may be read the other way round against its closed samples
+// (kClosedWays) and against its open ones (kOpenWays): not when the set tells it from another
+// gesture by its direction (see kMirrorShare). Closed and open samples are judged apart, each kind
+// against how near that kind comes to its own gesture. Worked out once for a set of samples; `out`
+// receives a copy.
 // `digest`: the set's sampleDigest.
 void reversibleGestures(const GestureModel& model, uint64_t digest, std::vector<char>& out) {
   std::lock_guard<std::mutex> lock(model.shapeSetMutex);
@@ -423,50 +449,64 @@ void reversibleGestures(const GestureModel& model, uint64_t digest, std::vector<
   model.shapeSetDigest = digest;
   std::vector<char>& reversible = model.reversibleGestures;
   const size_t gestureCount = model.gestures.size();
-  reversible.assign(gestureCount, 1);
-  // The closed samples checked of each gesture with their nearest distances to every gesture, and
-  // how near the gesture's samples come to one another (the median of their nearest distances to
-  // their own gesture; infinite for a single sample, which has nothing to measure against).
+  reversible.assign(gestureCount, kClosedWays | kOpenWays);
+  // The samples of one kind checked of each gesture with their nearest distances to every
+  // gesture, and how near the gesture's samples of that kind come to one another (the median of
+  // their nearest distances to their own gesture; infinite for a single sample, which has nothing
+  // to measure against).
   struct Checked {
     const Stroke* sample;
     std::vector<double> forwards;
   };
   std::vector<std::vector<Checked>> checked(gestureCount);
-  std::vector<double> typical(gestureCount, std::numeric_limits<double>::infinity());
+  std::vector<double> typical(gestureCount);
   std::vector<double> distances(gestureCount);
-  for (size_t g = 0; g < gestureCount; ++g) {
-    const Gesture& gesture = *model.gestures[g];
-    if (!gesture.gestureEnabled) continue;
-    std::vector<const Stroke*> closed;
-    for (const Stroke* sample : gesture.gestureSamples) {
-      if (storedShape(*sample, model.parameters).closed) closed.push_back(sample);
-    }
-    const size_t count = std::min(closed.size(), kMirrorChecks);
-    std::vector<double> nearest;
-    for (size_t k = 0; k < count; ++k) {
-      const Stroke* sample = closed[k * closed.size() / count];
-      nearestToShape(model, storedShape(*sample, model.parameters), distances.data(), sample, true, nullptr, nullptr);
-      if (std::isfinite(distances[g])) nearest.push_back(distances[g]);
-      checked[g].push_back({sample, distances});
-    }
-    if (nearest.empty()) continue;
-    std::nth_element(nearest.begin(), nearest.begin() + static_cast<std::ptrdiff_t>(nearest.size() / 2), nearest.end());
-    typical[g] = nearest[nearest.size() / 2];
-  }
-  // A gesture whose samples, gone round the other way, come as near another gesture's samples as
-  // those come to one another, is that gesture drawn the other way.
+  std::vector<const Stroke*> kind;
   StrokeShape backwards;
-  backwards.closed = true;
-  for (size_t g = 0; g < gestureCount; ++g) {
-    for (const Checked& check : checked[g]) {
-      const StrokeShape& forwards = storedShape(*check.sample, model.parameters);
-      reversedFrom(forwards.path, 0, backwards.path);
-      backwards.sharpness = forwards.sharpness;  // the same turns, gone through the other way
-      nearestToShape(model, backwards, distances.data(), check.sample, true, nullptr, nullptr);
-      for (size_t h = 0; h < gestureCount; ++h) {
-        if (h != g && std::isfinite(typical[h]) && distances[h] < kMirrorShare * typical[h] &&
-            distances[h] < kMirrorGain * check.forwards[h]) {
-          reversible[g] = reversible[h] = 0;
+  for (const bool closed : {true, false}) {
+    const char way = closed ? kClosedWays : kOpenWays;
+    typical.assign(gestureCount, std::numeric_limits<double>::infinity());
+    for (size_t g = 0; g < gestureCount; ++g) {
+      checked[g].clear();
+      const Gesture& gesture = *model.gestures[g];
+      if (!gesture.gestureEnabled) continue;
+      kind.clear();
+      for (const Stroke* sample : gesture.gestureSamples) {
+        if (storedShape(*sample, model.parameters).closed == closed) kind.push_back(sample);
+      }
+      const size_t count = std::min(kind.size(), kMirrorChecks);
+      std::vector<double> nearest;
+      for (size_t k = 0; k < count; ++k) {
+        const Stroke* sample = kind[k * kind.size() / count];
+        nearestToShape(model, storedShape(*sample, model.parameters), distances.data(), sample, true, nullptr,
+                       nullptr);
+        if (std::isfinite(distances[g])) nearest.push_back(distances[g]);
+        checked[g].push_back({sample, distances});
+      }
+      if (nearest.empty()) continue;
+      std::nth_element(nearest.begin(), nearest.begin() + static_cast<std::ptrdiff_t>(nearest.size() / 2),
+                       nearest.end());
+      typical[g] = nearest[nearest.size() / 2];
+    }
+    // A gesture whose samples, gone through the other way, come as near another gesture's samples
+    // as those come to one another, is that gesture drawn the other way.
+    backwards.closed = closed;
+    for (size_t g = 0; g < gestureCount; ++g) {
+      for (const Checked& check : checked[g]) {
+        const StrokeShape& forwards = storedShape(*check.sample, model.parameters);
+        if (closed) {
+          reversedFrom(forwards.path, 0, backwards.path);
+        } else {
+          reversedPath(forwards.path, backwards.path);
+        }
+        backwards.sharpness = forwards.sharpness;  // the same turns, gone through the other way
+        nearestToShape(model, backwards, distances.data(), check.sample, true, nullptr, nullptr);
+        for (size_t h = 0; h < gestureCount; ++h) {
+          if (h != g && std::isfinite(typical[h]) && distances[h] < kMirrorShare * typical[h] &&
+              distances[h] < kMirrorGain * check.forwards[h]) {
+            reversible[g] &= static_cast<char>(~way);
+            reversible[h] &= static_cast<char>(~way);
+          }
         }
       }
     }
@@ -483,7 +523,7 @@ int nearestGestureByShape(const GestureModel& model, const Stroke& stroke, doubl
   // Worked out before the search, which shares its scratch with the working out. Windows of
   // running motion are not read the other way round: that would cost every frame.
   std::vector<char>& reversible = threadScratch<std::vector<char>, struct ReversiblePlace>();
-  bool reversals = query.closed && !window;
+  bool reversals = !window;
   // A set with a gesture of many samples is compared with the samples chosen of it; scoring the
   // set, which leaves samples out, with all the others.
   const bool choose = leaveOut == nullptr && hasManySamples(model);

@@ -2,11 +2,13 @@
 // files, and continuous identification with it.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <memory>
 #include <random>
 #include <sstream>
+#include <vector>
 
 #include "persistence/archive.h"
 #include "recognition/gesture_recognition.h"
@@ -186,6 +188,44 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
   EXPECT_GE(firstOf10({kSquare, 0.0, 1.0, 0.0}, {kEllipse, kPi, -1.0, 0.0}, {kSquare, kPi / 2, -1.0, 0.5}), 9);
   // Circles going clockwise (gesture 0) and anticlockwise (gesture 1).
   EXPECT_GE(firstOf10({kCircle, 0.0, -1.0, 0.0}, circle, {kCircle, kPi, -1.0, 0.0}), 9);
+}
+
+// People begin an open figure at either end too. An "L" begun at its foot (left, then up) runs
+// from where a diagonal stroke begins to where it ends, and comes nearer to it as it is read; it is
+// an "L" all the same. But where the set holds a stroke to the left and one to the right, the
+// way tells them apart.
+TEST(EnhancedRecognitionTest, AnOpenFigureBegunAtItsOtherEndIsThatFigureUnlessTheWayMatters) {
+  std::mt19937 rng(4);
+  std::uniform_real_distribution<double> jitter(-1.0, 1.0);
+  using Corners = std::vector<std::array<double, 2>>;
+  const auto draw = [&](IGestureRecognition& r, const Corners& corners, int recordAs) {
+    r.startStroke(kHead, kFacing, recordAs);
+    for (size_t leg = 0; leg + 1 < corners.size(); ++leg) {
+      const auto& from = corners[leg];
+      const auto& to = corners[leg + 1];
+      for (int i = 0; i < 20; ++i) {
+        const double t = i / 20.0;
+        const double p[3] = {0.15 * (from[0] + t * (to[0] - from[0])) + 0.004 * jitter(rng),
+                             1.4 + 0.15 * (from[1] + t * (to[1] - from[1])) + 0.004 * jitter(rng), 0.45};
+        r.contdStrokeQ(p, kFacing);
+      }
+    }
+    return endStroke(r);
+  };
+  // Of ten strokes drawn as `query`, those that a set of two gestures identifies as gesture 0.
+  const auto firstOf10 = [&](const Corners& first, const Corners& second, const Corners& query) {
+    GestureRecognition r;
+    r.setEnhancedRecognition(1);
+    for (const Corners* gesture : {&first, &second}) {
+      const int index = r.createGesture("g", nullptr);
+      for (int s = 0; s < 2; ++s) draw(r, *gesture, index);
+    }
+    int found = 0;
+    for (int trial = 0; trial < 10; ++trial) found += draw(r, query, -1) == 0 ? 1 : 0;
+    return found;
+  };
+  EXPECT_GE(firstOf10({{-1, 1}, {-1, -1}, {1, -1}}, {{1, -1}, {-1, 1}}, {{1, -1}, {-1, -1}, {-1, 1}}), 9);
+  EXPECT_GE(firstOf10({{1, 0}, {-1, 0}}, {{-1, 0}, {1, 0}}, {{1, 0}, {-1, 0}}), 9);
 }
 
 // A set of many samples a gesture (recorded by many people) is compared with a selection that
