@@ -272,9 +272,10 @@ class ZANDO_CLASS_API IGestureRecognition {
 
   /* ---- Enhanced recognition (an addition; off unless switched on) ---- */
   /* Identifies by the shape of every stored sample (evenly resampled, centred, scaled, kept in
-   * the head's orientation, compared with a warping distance; closed shapes also from halfway and
-   * the other way round, whole strokes also a little tilted; a gesture is farther when the stroke
-   * turns much more evenly, or more at corners, than its samples do), which holds up with 2 to 10
+   * the head's orientation, compared with a warping distance; closed shapes also from halfway,
+   * strokes also the other way round unless the set tells its gestures apart by their direction,
+   * whole strokes also a little tilted; a gesture is farther when the stroke turns much more
+   * evenly, or more at corners, than its samples do), which holds up with 2 to 10
    * samples per gesture and needs no training (of a gesture with more than 16 samples, a selection
    * that covers them is compared); outputs keep their meaning, probabilities sum to 1.
    * Training in this mode ends at once without a network: it computes the statistics behind
