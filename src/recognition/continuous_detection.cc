@@ -58,8 +58,10 @@ constexpr double kUnderwayReach = 0.8;
 // its bound while the hand moves on to something else.
 constexpr double kUnderwayAgainstBest = 2.0;
 // A match goes on while the motion goes on: while its scale made a step within kConfirmSeconds,
-// or within this many of the stored sample's step times if that is longer (the hand slows at
-// the turns of a long gesture).
+// or within this many step times if that is longer (the hand slows at the turns of a long
+// gesture). A step time is the stored sample's, or the match's so far (the time it took over the
+// sample's steps it covered) where that is shorter: a player who performs faster than the
+// sample was recorded stops for less long within it.
 constexpr double kUnderwaySteps = 3.0;
 // Synthetic variations of each sample, looser than the sample itself, that the thresholds must
 // accept, and motions spliced from the ends of two samples, which they must reject.
@@ -653,14 +655,18 @@ bool ContinuousDetector::longerMatchUnderway(double now) const {
     // while the motion does.
     if (candidates_[static_cast<size_t>(stored.gesture)].present) continue;
     const double stepSeconds = stored.path.duration / stored.path.steps;
-    if (now - scales_[static_cast<size_t>(stored.scale)].lastStep > std::max(kConfirmSeconds, kUnderwaySteps * stepSeconds)) {
-      continue;
-    }
+    const double lastStep = scales_[static_cast<size_t>(stored.scale)].lastStep;
+    if (now - lastStep > std::max(kConfirmSeconds, kUnderwaySteps * stepSeconds)) continue;
     const WarpingColumn& column = columns_[i];
     const double threshold = thresholds_[static_cast<size_t>(stored.gesture)] * thresholdScale;
     const int steps = stored.path.steps;
     for (int j = steps / 3; j + 1 < steps; ++j) {
       const double done = static_cast<double>(j + 1) / steps;
+      // Where the motion so far went faster than the sample, its own pace says when it stopped.
+      const double performedSeconds = (lastStep - column.start[j]) / (j + 1);
+      if (now - lastStep > std::max(kConfirmSeconds, kUnderwaySteps * std::min(stepSeconds, performedSeconds))) {
+        continue;
+      }
       // Begun with the candidates (not long before them), on course so far, and not overdue.
       if (column.start[j] <= earliest + kConfirmSeconds &&
           column.start[j] >= earliest - stored.path.duration * done * 2.0 - kConfirmSeconds &&
