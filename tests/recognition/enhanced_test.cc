@@ -125,6 +125,24 @@ TEST(EnhancedRecognitionTest, TellsApartTurnedCopiesFromTwoSamplesEachAndTrainsA
   EXPECT_GT(similarity, 0.0);
 }
 
+// Of ten strokes drawn as `query`, those that an enhanced set of `first` (gesture 0) and `second`
+// (gesture 1), `samples` of each, identifies as gesture 0. `draw(r, drawing, recordAs)` performs a
+// drawing and returns what endStroke gives.
+template <typename Drawing, typename Draw>
+int firstOf10(Draw&& draw, const Drawing& first, const Drawing& second, const Drawing& query, int samples = 2) {
+  GestureRecognition r;
+  r.setEnhancedRecognition(1);
+  r.createGesture("first", nullptr);
+  r.createGesture("second", nullptr);
+  for (int s = 0; s < samples; ++s) {
+    draw(r, first, 0);
+    draw(r, second, 1);
+  }
+  int found = 0;
+  for (int trial = 0; trial < 10; ++trial) found += draw(r, query, -1) == 0 ? 1 : 0;
+  return found;
+}
+
 // People begin a circle where they like, hold its plane as they like and go round either way.
 // Beside circles begun on the right and going anticlockwise: squares begun on the left, which a
 // circle begun on the left follows more closely as it is read; flat ellipses, which a circle tipped
@@ -141,10 +159,12 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
     double turn;    // +1 anticlockwise, -1 clockwise
     double tip;     // radians forward
   };
+  // A stroke to identify begins a little off where it is meant to.
   const auto draw = [&](IGestureRecognition& r, const Drawing& d, int recordAs) {
     r.startStroke(kHead, kFacing, recordAs);
+    const double start = d.start + (recordAs < 0 ? 0.1 * jitter(rng) : 0.0);
     for (int i = 0; i <= 60; ++i) {
-      const double angle = d.start + d.turn * 2.0 * kPi * i / 60;
+      const double angle = start + d.turn * 2.0 * kPi * i / 60;
       double x = std::cos(angle), y = std::sin(angle);
       if (d.shape == kSquare) {
         const double side = std::max(std::abs(x), std::abs(y));
@@ -158,36 +178,18 @@ TEST(EnhancedRecognitionTest, ACircleIsACircleHoweverItIsDrawnUnlessTheWayRoundM
     }
     return endStroke(r);
   };
-  // Of ten strokes drawn as `query`, those that a set of `stored` (gesture 0) and `other`
-  // (gesture 1), `samples` of each, identifies as gesture 0.
-  const auto firstOf10 = [&](const Drawing& stored, const Drawing& other, Drawing query, int samples = 2) {
-    GestureRecognition r;
-    r.setEnhancedRecognition(1);
-    r.createGesture("circle", nullptr);
-    r.createGesture("other", nullptr);
-    for (int s = 0; s < samples; ++s) {
-      draw(r, stored, 0);
-      draw(r, other, 1);
-    }
-    const double start = query.start;
-    int first = 0;
-    for (int trial = 0; trial < 10; ++trial) {
-      query.start = start + 0.1 * jitter(rng);
-      first += draw(r, query, -1) == 0 ? 1 : 0;
-    }
-    return first;
-  };
   const Drawing circle{kCircle, 0.0, 1.0, 0.0};
-  EXPECT_GE(firstOf10(circle, {kSquare, kPi, 1.0, 0.0}, {kCircle, kPi, 1.0, 0.0}), 9);
-  EXPECT_GE(firstOf10(circle, {kEllipse, 0.0, 1.0, 0.0}, {kCircle, 0.0, 1.0, 0.5}), 9);
-  EXPECT_GE(firstOf10(circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}), 9);
+  EXPECT_GE(firstOf10<Drawing>(draw, circle, {kSquare, kPi, 1.0, 0.0}, {kCircle, kPi, 1.0, 0.0}), 9);
+  EXPECT_GE(firstOf10<Drawing>(draw, circle, {kEllipse, 0.0, 1.0, 0.0}, {kCircle, 0.0, 1.0, 0.5}), 9);
+  EXPECT_GE(firstOf10<Drawing>(draw, circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}), 9);
   // Also in a set of many samples from many people.
-  EXPECT_GE(firstOf10(circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}, 20), 9);
+  EXPECT_GE(firstOf10<Drawing>(draw, circle, {kSquare, 0.0, -1.0, 0.0}, {kCircle, 0.0, -1.0, 0.0}, 20), 9);
   // And a square begun elsewhere, going the other way and tipped is a square, beside flat ellipses
   // that it follows more closely as it is read.
-  EXPECT_GE(firstOf10({kSquare, 0.0, 1.0, 0.0}, {kEllipse, kPi, -1.0, 0.0}, {kSquare, kPi / 2, -1.0, 0.5}), 9);
+  const Drawing square{kSquare, 0.0, 1.0, 0.0};
+  EXPECT_GE(firstOf10<Drawing>(draw, square, {kEllipse, kPi, -1.0, 0.0}, {kSquare, kPi / 2, -1.0, 0.5}), 9);
   // Circles going clockwise (gesture 0) and anticlockwise (gesture 1).
-  EXPECT_GE(firstOf10({kCircle, 0.0, -1.0, 0.0}, circle, {kCircle, kPi, -1.0, 0.0}), 9);
+  EXPECT_GE(firstOf10<Drawing>(draw, {kCircle, 0.0, -1.0, 0.0}, circle, {kCircle, kPi, -1.0, 0.0}), 9);
 }
 
 // People begin an open figure at either end too. An "L" begun at its foot (left, then up) runs
@@ -212,20 +214,9 @@ TEST(EnhancedRecognitionTest, AnOpenFigureBegunAtItsOtherEndIsThatFigureUnlessTh
     }
     return endStroke(r);
   };
-  // Of ten strokes drawn as `query`, those that a set of two gestures identifies as gesture 0.
-  const auto firstOf10 = [&](const Corners& first, const Corners& second, const Corners& query) {
-    GestureRecognition r;
-    r.setEnhancedRecognition(1);
-    for (const Corners* gesture : {&first, &second}) {
-      const int index = r.createGesture("g", nullptr);
-      for (int s = 0; s < 2; ++s) draw(r, *gesture, index);
-    }
-    int found = 0;
-    for (int trial = 0; trial < 10; ++trial) found += draw(r, query, -1) == 0 ? 1 : 0;
-    return found;
-  };
-  EXPECT_GE(firstOf10({{-1, 1}, {-1, -1}, {1, -1}}, {{1, -1}, {-1, 1}}, {{1, -1}, {-1, -1}, {-1, 1}}), 9);
-  EXPECT_GE(firstOf10({{1, 0}, {-1, 0}}, {{-1, 0}, {1, 0}}, {{1, 0}, {-1, 0}}), 9);
+  const Corners ell{{-1, 1}, {-1, -1}, {1, -1}}, footFirst{{1, -1}, {-1, -1}, {-1, 1}};
+  EXPECT_GE(firstOf10<Corners>(draw, ell, {{1, -1}, {-1, 1}}, footFirst), 9);
+  EXPECT_GE(firstOf10<Corners>(draw, {{1, 0}, {-1, 0}}, {{-1, 0}, {1, 0}}, {{1, 0}, {-1, 0}}), 9);
 }
 
 // A set of many samples a gesture (recorded by many people) is compared with a selection that
