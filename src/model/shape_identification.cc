@@ -65,11 +65,7 @@ constexpr char kOpenWays = 2;
 // The same closed path gone round the other way, begun at its point `first`.
 void reversedFrom(const WarpingQuery& path, int first, WarpingQuery& out) {
   WarpingQuery backwards;
-  for (int i = 0; i < kShapePoints; ++i) {
-    backwards.x[i] = path.x[kShapePoints - 1 - i];
-    backwards.y[i] = path.y[kShapePoints - 1 - i];
-    backwards.z[i] = path.z[kShapePoints - 1 - i];
-  }
+  reversedPath(path, backwards);
   startAt(backwards, first, out);
 }
 
