@@ -603,8 +603,14 @@ void ContinuousDetector::confirmCandidates() {
   pending_ = false;
   std::vector<Eigen::Vector3d>& stretch = threadScratch<std::vector<Eigen::Vector3d>, struct ConfirmPlace>();
   StrokeShape& query = threadScratch<StrokeShape, struct ConfirmShapePlace>();
+  StrokeShape& bestQuery = threadScratch<StrokeShape, struct ConfirmBestShapePlace>();
   Detection best;
   double bestScore = std::numeric_limits<double>::infinity();
+  double bestShapeRatio = std::numeric_limits<double>::infinity();
+  // The shape distance of a stretch to gesture `h`, against that gesture's threshold.
+  const auto shapeRatioTo = [&](const StrokeShape& shape, int h) {
+    return shapeDistance(shape, h, paths_.size()) / (shapeThresholds_[static_cast<size_t>(h)] * thresholdScale);
+  };
   for (size_t g = 0; g < candidates_.size(); ++g) {
     Candidate& candidate = candidates_[g];
     if (!candidate.present) continue;
@@ -620,17 +626,21 @@ void ContinuousDetector::confirmCandidates() {
     // Turning evenly or at corners, as the gesture's samples do.
     const double sharpness = query.sharpness;
     if (sharpness < sharpness_[g].lowest || sharpness > sharpness_[g].highest) continue;
-    const double shapeRatio =
-        shapeDistance(query, static_cast<int>(g), paths_.size()) / (shapeThresholds_[g] * thresholdScale);
+    const double shapeRatio = shapeRatioTo(query, static_cast<int>(g));
     // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
-    // match holds another's is the one performed (a gesture may begin or end with a shorter one);
-    // else the one that passes best.
+    // match holds another's is the one performed (a gesture may begin or end with a shorter one),
+    // unless its own stretch has more of the shorter one's shape than of its own (the shorter
+    // gesture with some motion before or after it); else the one that passes best.
     const double score = std::max(candidate.ratio, shapeRatio);
     if (!(score < 1.0)) continue;
-    const bool holdsBest = best.gesture >= 0 && holds(candidate.start, candidate.end, best.start, best.end);
-    const bool heldByBest = best.gesture >= 0 && holds(best.start, best.end, candidate.start, candidate.end);
+    const bool holdsBest = best.gesture >= 0 && holds(candidate.start, candidate.end, best.start, best.end) &&
+                           !(shapeRatioTo(query, best.gesture) < shapeRatio);
+    const bool heldByBest = best.gesture >= 0 && holds(best.start, best.end, candidate.start, candidate.end) &&
+                            !(shapeRatioTo(bestQuery, static_cast<int>(g)) < bestShapeRatio);
     if (heldByBest || (!holdsBest && score >= bestScore)) continue;
     bestScore = score;
+    bestShapeRatio = shapeRatio;
+    bestQuery = query;
     best = {static_cast<int>(g), std::clamp(1.0 - 0.5 * score, 0.0, 1.0), candidate.start, candidate.end};
   }
   if (best.gesture < 0) return;
