@@ -103,8 +103,10 @@ TEST_F(TrainingTest, RefusalsWhileRunningAndStopFromAnotherThread) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, testing_support::scaledSeconds(10));
   EXPECT_FALSE(r->isTraining());
   ASSERT_TRUE(log.waitForCalls(1));
-  // The run keeps its best network, of the pinned shape.
-  EXPECT_GT(r->recognitionScore(false), 0.4);
+  // The run keeps its best network, of the pinned shape: well above the 0.2 of chance. (Not
+  // necessarily at 0.45: the update may have come from a network the run did not keep, one whose
+  // validation cost was higher.)
+  EXPECT_GT(r->recognitionScore(false), 0.3);
   EXPECT_EQ(r->gestureModel.parameters.waypointCount, 10);
   EXPECT_EQ(r->gestureModel.weights.size(), 2u);
   EXPECT_EQ(r->createGesture("late", nullptr), 5);
