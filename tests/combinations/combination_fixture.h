@@ -3,7 +3,6 @@
 #ifndef ZANDO_TESTS_COMBINATIONS_COMBINATION_FIXTURE_H
 #define ZANDO_TESTS_COMBINATIONS_COMBINATION_FIXTURE_H
 
-#include <cmath>
 #include <memory>
 #include <random>
 
@@ -13,8 +12,8 @@
 namespace zando {
 namespace combination_testing {
 
-const double kHead[3] = {0.0, 1.7, 0.0};
-const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
+using testing_support::kHead;
+using testing_support::kFacing;
 
 using Combinations = std::unique_ptr<GestureCombinations>;
 

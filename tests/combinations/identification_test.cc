@@ -2,8 +2,6 @@
 // disabled parts, ties, results used only once, per-part outputs, and the running motion.
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <thread>
 #include <vector>
 
 #include "combination_fixture.h"

@@ -3,8 +3,6 @@
 // combinations consistent, and copies of a gesture into the other hand, mirrored.
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "combination_fixture.h"
 #include "zando/zando.h"
 

@@ -11,11 +11,9 @@
 namespace zando {
 namespace {
 
+using testing_support::kFacing;
+using testing_support::kHead;
 using testing_support::performShape;
-using testing_support::recordShape;
-
-const double kHeadP[3] = {0.0, 1.7, 0.0};
-const double kHeadQ[4] = {0.0, 0.0, 0.0, 1.0};
 
 class ContinuousTest : public ::testing::Test {
  protected:
@@ -24,18 +22,11 @@ class ContinuousTest : public ::testing::Test {
 
   // A running stroke of `count` points whose time stamps lie up to `ageMs` in the past, oldest first.
   void runningStroke(int count, int ageMs, int recordAs = -1) {
-    ASSERT_EQ(r->startStroke(kHeadP, kHeadQ, recordAs), 0);
+    ASSERT_EQ(r->startStroke(kHead, kFacing, recordAs), 0);
     for (int i = 0; i < count; ++i) {
       const double p[3] = {0.01 * i, 1.5 + 0.1 * std::sin(0.3 * i), 0.4};
       ASSERT_EQ(r->contdStroke(p), 0);
       r->currentStroke.handPoints.back().timestamp -= ageMs * (count - i) / count;
-    }
-  }
-  // Records three samples of each of `gestures` shapes.
-  void recordSet(int gestures) {
-    for (int g = 0; g < gestures; ++g) {
-      ASSERT_EQ(r->createGesture("g", nullptr), g);
-      for (int s = 0; s < 3; ++s) ASSERT_EQ(recordShape(*r, g, g, rng), g);
     }
   }
 
@@ -83,12 +74,12 @@ TEST_F(ContinuousTest, SmoothingSumsSimilaritiesPerGesture) {
 }
 
 TEST_F(ContinuousTest, WindowIsPrunedAndTheStrokeStaysOpen) {
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_NoStrokeStarted);
+  EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), ReturnCode_NoStrokeStarted);
   runningStroke(30, 3000);
   for (size_t i = 0; i < 30; ++i) r->currentStroke.headPoints[i].position.x = static_cast<double>(i);
   r->contdIdentificationSmoothing = 0;
   // No gestures: -9, but the window was cut to the last second and marked continuous.
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_NoGestures);
+  EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), ReturnCode_NoGestures);
   EXPECT_TRUE(r->isStrokeStarted());
   EXPECT_EQ(r->currentStroke.sampleType, SampleType_Continuous);
   EXPECT_LT(r->currentStroke.handPoints.size(), 30u);
@@ -97,26 +88,24 @@ TEST_F(ContinuousTest, WindowIsPrunedAndTheStrokeStaysOpen) {
   EXPECT_GT(r->currentStroke.headStart.position.x, 0.0);
   EXPECT_EQ(r->currentStroke.headStart.position.x, r->currentStroke.headPoints.front().position.x);
 
-  const double nanHead[3] = {NAN, 0, 0};
-  EXPECT_EQ(r->contdIdentify(nanHead, kHeadQ, nullptr), ReturnCode_InvalidParameter);
   r->loadingState = kJobRunning;
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_LoadingInProgress);
+  EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), ReturnCode_LoadingInProgress);
   r->loadingState = kJobIdle;
   EXPECT_TRUE(r->isStrokeStarted());
 
   // An old window loses all its points: -7 until new points come.
   for (auto& point : r->currentStroke.handPoints) point.timestamp -= 5000;
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_StrokeTooShort);
+  EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), ReturnCode_StrokeTooShort);
   EXPECT_TRUE(r->currentStroke.handPoints.empty());
   double p[2], s[2];
   int n = 2;
-  EXPECT_EQ(r->contdIdentifyAndGetAllProbabilitiesAndSimilarities(kHeadP, kHeadQ, p, s, &n),
+  EXPECT_EQ(r->contdIdentifyAndGetAllProbabilitiesAndSimilarities(kHead, kFacing, p, s, &n),
             ReturnCode_StrokeTooShort);
   EXPECT_EQ(n, 0);
 }
 
 TEST_F(ContinuousTest, IdentifiesTheRunningMotionByItsSamples) {
-  recordSet(3);
+  testing_support::recordSet(*r, 3, 3, rng);
   // Windows are read as continuous samples, which start at their own extreme point; the stored
   // samples are marked the same way, as continuous recording would have made them.
   for (int g = 0; g < 3; ++g) {
@@ -126,38 +115,38 @@ TEST_F(ContinuousTest, IdentifiesTheRunningMotionByItsSamples) {
   for (int shape = 0; shape < 3; ++shape) {
     performShape(*r, shape, -1, rng);
     double pos[3] = {0, 0, 0}, p[3], s[3];
-    EXPECT_EQ(r->contdIdentifyAndGetStroke(kHeadP, kHeadQ, nullptr, pos, nullptr, nullptr, nullptr, nullptr), shape);
+    EXPECT_EQ(r->contdIdentifyAndGetStroke(kHead, kFacing, nullptr, pos, nullptr, nullptr, nullptr, nullptr), shape);
     EXPECT_NEAR(pos[1], 1.4, 0.15);
     int n = 3;
-    EXPECT_EQ(r->contdIdentifyAndGetAllProbabilitiesAndSimilarities(kHeadP, kHeadQ, p, s, &n), shape);
+    EXPECT_EQ(r->contdIdentifyAndGetAllProbabilitiesAndSimilarities(kHead, kFacing, p, s, &n), shape);
     EXPECT_EQ(n, 3);
   }
 }
 
 TEST_F(ContinuousTest, RecordingStoresWindowsAsContinuousSamples) {
   ASSERT_EQ(r->createGesture("wave", nullptr), 0);
-  EXPECT_EQ(r->contdRecord(kHeadP, kHeadQ), ReturnCode_NoStrokeStarted);
+  EXPECT_EQ(r->contdRecord(kHead, kFacing), ReturnCode_NoStrokeStarted);
   runningStroke(20, 900, -1);
-  EXPECT_EQ(r->contdRecord(kHeadP, kHeadQ), ReturnCode_TrainingInProgress);  // no recording target
+  EXPECT_EQ(r->contdRecord(kHead, kFacing), ReturnCode_TrainingInProgress);  // no recording target
   runningStroke(20, 950, 0);
-  EXPECT_EQ(r->contdRecord(kHeadP, kHeadQ), 0);
+  EXPECT_EQ(r->contdRecord(kHead, kFacing), 0);
   ASSERT_EQ(r->getGestureNumberOfSamples(0), 1);
   EXPECT_EQ(r->getGestureSampleType(0, 0), SampleType_Continuous);
 
   // Identification calls with a target store every tenth call once the window is 90% full.
-  for (int call = 1; call <= 9; ++call) EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), 0);
+  for (int call = 1; call <= 9; ++call) EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), 0);
   EXPECT_EQ(r->getGestureNumberOfSamples(0), 1);
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), 0);
+  EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), 0);
   EXPECT_EQ(r->getGestureNumberOfSamples(0), 2);
   EXPECT_EQ(r->contdRecordCountdown, 10);
 
   // A window shorter than 90% of the period stores nothing and does not count down.
   runningStroke(20, 700, 0);
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), 0);
+  EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), 0);
   EXPECT_EQ(r->contdRecordCountdown, 10);
   r->savingState = kJobRunning;
-  EXPECT_EQ(r->contdIdentify(kHeadP, kHeadQ, nullptr), ReturnCode_SavingInProgress);
-  EXPECT_EQ(r->contdRecord(kHeadP, kHeadQ), ReturnCode_SavingInProgress);
+  EXPECT_EQ(r->contdIdentify(kHead, kFacing, nullptr), ReturnCode_SavingInProgress);
+  EXPECT_EQ(r->contdRecord(kHead, kFacing), ReturnCode_SavingInProgress);
   r->savingState = kJobIdle;
 }
 
@@ -197,7 +186,7 @@ TEST_F(ContinuousTest, MeanStrokeReadsTheStatisticsRow) {
 }
 
 TEST_F(ContinuousTest, SelfTestPassesReplayButFindsTheSharedHeldBackSamples) {
-  recordSet(2);
+  testing_support::recordSet(*r, 2, 3, rng);
   // Replay of a set whose stored score disagrees with its hit rate fails at once.
   r->gestureModel.recognitionScore = 0.5;
   EXPECT_EQ(r->selfTest(), ReturnCode_Failed);

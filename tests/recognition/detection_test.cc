@@ -22,8 +22,6 @@ namespace {
 using namespace testing_support;
 using Recognizer = std::unique_ptr<GestureRecognition>;
 
-const double kHead[3] = {0.0, 1.7, 0.0};
-const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
 // Circle, zigzag and "V": shapes none of which is a piece of another.
 const int kShapes[3] = {0, 2, 3};
 

@@ -21,9 +21,6 @@ namespace {
 
 using namespace testing_support;
 
-const double kHead[3] = {0.0, 1.7, 0.0};
-const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
-
 // A "V" turned by quarter turns in the frontal plane: the same shape in four orientations, which
 // only the orientation tells apart.
 void drawTurnedV(IGestureRecognition& r, int quarterTurns, std::mt19937& rng) {

@@ -13,19 +13,14 @@ namespace zando {
 namespace {
 
 using testing_support::endStroke, testing_support::endWithProbabilities, testing_support::endWithSimilarities,
-    testing_support::endWithSimilarity, testing_support::performShape, testing_support::recordShape;
+    testing_support::endWithSimilarity, testing_support::performShape;
 
 class IdentificationTest : public ::testing::Test {
  protected:
   void SetUp() override { r = GestureRecognition::createZeroFilled(); }
   void TearDown() override { delete r; }
 
-  void recordSet(int gestures, int samples) {
-    for (int g = 0; g < gestures; ++g) {
-      ASSERT_EQ(r->createGesture("g", nullptr), g);
-      for (int s = 0; s < samples; ++s) ASSERT_EQ(recordShape(*r, g, g, rng), g);
-    }
-  }
+  void recordSet(int gestures, int samples) { testing_support::recordSet(*r, gestures, samples, rng); }
 
   // A network whose outputs are exactly `outputs`, whatever the input: all weights zero but the
   // biases of the last layer, which the logistic function turns back into the outputs.

@@ -101,13 +101,11 @@ inline void recordTimedSample(IGestureRecognition& r, int shape, int gesture, do
   MotionBuilder motion(seed, start);
   motion.points.push_back(start);
   motion.perform(shape, seconds, size, eased);
-  const double head[3] = {0.0, 1.7, 0.0};
-  const double facing[4] = {0.0, 0.0, 0.0, 1.0};
   r.setHostTime(startTime);
-  r.startStroke(head, facing, gesture);
+  r.startStroke(kHead, kFacing, gesture);
   for (size_t i = 0; i < motion.points.size(); ++i) {
     r.setHostTime(startTime + static_cast<double>(i) / kFrameRate);
-    r.contdStrokeQ(motion.points[i].data(), facing);
+    r.contdStrokeQ(motion.points[i].data(), kFacing);
   }
   endStroke(r);
 }

@@ -3,6 +3,8 @@
 #ifndef ZANDO_TESTS_RECOGNITION_RECOGNIZER_FIXTURE_H
 #define ZANDO_TESTS_RECOGNITION_RECOGNIZER_FIXTURE_H
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <random>
 
@@ -12,6 +14,9 @@ namespace zando {
 namespace testing_support {
 
 constexpr double kPi = 3.14159265358979323846;
+// The head of every performance: standing, looking ahead.
+const double kHead[3] = {0.0, 1.7, 0.0};
+const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
 
 // The unit-sized path of shape 0 (circle), 1 (horizontal swipe), 2 (vertical zigzag), 3 (a "V")
 // or 4 (a square, begun and drawn as the circle) at phase t in [0, 1].
@@ -35,17 +40,14 @@ inline void performShape(IGestureRecognition& r, int shape, int recordAs, std::m
   std::uniform_real_distribution<double> jitter(-1.0, 1.0);
   const double size = 0.25 * (1.0 + 0.15 * jitter(rng));
   const double cx = 0.05 * jitter(rng), cy = 1.4 + 0.05 * jitter(rng), cz = 0.45 + 0.05 * jitter(rng);
-  const double head[3] = {0.0, 1.7, 0.0};
-  const double facing[4] = {0.0, 0.0, 0.0, 1.0};
-  r.startStroke(head, facing, recordAs);
+  r.startStroke(kHead, kFacing, recordAs);
   for (int i = 0; i < points; ++i) {
     const double t = static_cast<double>(i) / (points - 1);
     double x = 0, y = 0;
     shapeOffset(shape, t, x, y);
     const double p[3] = {cx + size * x + 0.003 * jitter(rng), cy + size * y + 0.003 * jitter(rng),
                          cz + 0.003 * jitter(rng)};
-    const double q[4] = {0.0, 0.0, 0.0, 1.0};
-    r.contdStrokeQ(p, q);
+    r.contdStrokeQ(p, kFacing);
   }
 }
 
@@ -64,6 +66,14 @@ inline int endWithSimilarities(IGestureRecognition& r, double* p, double* s, int
 inline int recordShape(IGestureRecognition& r, int shape, int gesture, std::mt19937& rng) {
   performShape(r, shape, gesture, rng);
   return endStroke(r);
+}
+
+// Gestures 0 to `gestures` - 1, each of `samples` performances of the shape of its number.
+inline void recordSet(IGestureRecognition& r, int gestures, int samples, std::mt19937& rng) {
+  for (int g = 0; g < gestures; ++g) {
+    ASSERT_EQ(r.createGesture("g", nullptr), g);
+    for (int s = 0; s < samples; ++s) ASSERT_EQ(recordShape(r, g, g, rng), g);
+  }
 }
 
 }  // namespace testing_support
