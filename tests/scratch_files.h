@@ -1,5 +1,5 @@
-// Files that tests write and read back: unique paths in the test's temporary folder, whole-file
-// reads, and the member list of an archive.
+// Files that tests write and read back: unique paths in the test's temporary folder, removed
+// again by a holder, whole-file reads, and the member list of an archive.
 #ifndef ZANDO_TESTS_SCRATCH_FILES_H
 #define ZANDO_TESTS_SCRATCH_FILES_H
 
@@ -8,6 +8,7 @@
 #include <unistd.h>
 #include <zip.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -19,6 +20,25 @@ namespace testing_support {
 inline std::string scratchPath(const std::string& name) {
   return ::testing::TempDir() + "zando_" + std::to_string(::getpid()) + "_" + name;
 }
+
+// Hands out scratch paths (UTF-8) and removes whatever is at them, folders included, when it goes.
+class ScratchFiles {
+ public:
+  ScratchFiles() = default;
+  ScratchFiles(const ScratchFiles&) = delete;
+  ScratchFiles& operator=(const ScratchFiles&) = delete;
+  ~ScratchFiles() {
+    std::error_code ignored;
+    for (const std::string& path : paths_) std::filesystem::remove_all(std::filesystem::u8path(path), ignored);
+  }
+  std::string operator()(const std::string& name) {
+    paths_.push_back(scratchPath(name));
+    return paths_.back();
+  }
+
+ private:
+  std::vector<std::string> paths_;
+};
 
 inline std::string readFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

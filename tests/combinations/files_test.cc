@@ -20,7 +20,6 @@ namespace {
 
 using testing_support::archiveMembers;
 using testing_support::readFile;
-using testing_support::scratchPath;
 
 using namespace combination_testing;
 using testing_support::waitUntil;
@@ -69,13 +68,6 @@ class CombinationFilesTest : public ::testing::Test {
     c->setGestureCombinationMetadata(k, &comboMetadata);
     c->recognitionScoreValue = 0.5;
   }
-  void TearDown() override {
-    for (const std::string& path : created) std::remove(path.c_str());
-  }
-  std::string path(const std::string& name) {
-    created.push_back(scratchPath(name));
-    return created.back();
-  }
   // The fixture's set saved as an archive under `name`.
   std::string saved(const std::string& name) {
     const std::string file = path(name);
@@ -109,7 +101,7 @@ class CombinationFilesTest : public ::testing::Test {
   Combinations c;
   IGestureRecognition::DefaultMetadata setMetadata, comboMetadata;
   const IGestureRecognition::MetadataCreatorFunction creator = IGestureRecognition::getDefaultMetadataCreatorFunction();
-  std::vector<std::string> created;
+  testing_support::ScratchFiles path;  // path(name): a scratch file, removed after the test
 };
 
 TEST_F(CombinationFilesTest, SavedArchiveLoadsFromFileAndBuffer) {

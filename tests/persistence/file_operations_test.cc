@@ -25,7 +25,6 @@ namespace {
 
 using testing_support::archiveMembers;
 using testing_support::readFile;
-using testing_support::scratchPath;
 
 using testing_support::recordShape;
 using Recognizer = std::unique_ptr<GestureRecognition>;
@@ -49,12 +48,6 @@ class FileOperationsTest : public ::testing::Test {
   void TearDown() override {
     r->savingState = r->trainingState = kJobIdle;
     delete r;
-    std::error_code ignored;
-    for (const std::string& path : created) std::filesystem::remove(std::filesystem::u8path(path), ignored);
-  }
-  std::string path(const std::string& name) {
-    created.push_back(scratchPath(name));
-    return created.back();
   }
   std::string text() {
     std::ostringstream out;
@@ -77,7 +70,7 @@ class FileOperationsTest : public ::testing::Test {
 
   GestureRecognition* r = nullptr;
   std::mt19937 rng{5};
-  std::vector<std::string> created;
+  testing_support::ScratchFiles path;  // path(name): a scratch file, removed after the test
 };
 
 // Paths are UTF-8 text on every system, so each file is written under a plain name and under one
