@@ -43,26 +43,35 @@ void performTurnedV(IGestureRecognition& r, int quarterTurns, int recordAs, std:
   drawTurnedV(r, quarterTurns, rng);
 }
 
+// A whole stroke of the turned V: what endStroke gives for it.
+int strokeTurnedV(IGestureRecognition& r, int quarterTurns, int recordAs, std::mt19937& rng) {
+  performTurnedV(r, quarterTurns, recordAs, rng);
+  return endStroke(r);
+}
+
+// Of `trials` strokes of the V turned `quarterTurns(trial)`, those identified as `expected(trial)`.
+template <typename Turns, typename Expected>
+int identified(IGestureRecognition& r, int trials, Turns quarterTurns, Expected expected, std::mt19937& rng) {
+  int correct = 0;
+  for (int trial = 0; trial < trials; ++trial) {
+    correct += strokeTurnedV(r, quarterTurns(trial), -1, rng) == expected(trial) ? 1 : 0;
+  }
+  return correct;
+}
+
 // Gesture g: the V turned g quarter turns, `samples` of each.
 std::unique_ptr<GestureRecognition> turnedVSet(std::mt19937& rng, int gestures = 4, int samples = 2) {
   auto r = std::make_unique<GestureRecognition>();
   for (int g = 0; g < gestures; ++g) {
     r->createGesture("V", nullptr);
-    for (int s = 0; s < samples; ++s) {
-      performTurnedV(*r, g, g, rng);
-      endStroke(*r);
-    }
+    for (int s = 0; s < samples; ++s) strokeTurnedV(*r, g, g, rng);
   }
   return r;
 }
 
 int correctOf40(GestureRecognition& r, std::mt19937& rng) {
-  int correct = 0;
-  for (int trial = 0; trial < 40; ++trial) {
-    performTurnedV(r, trial % 4, -1, rng);
-    correct += endStroke(r) == trial % 4 ? 1 : 0;
-  }
-  return correct;
+  const auto turn = [](int trial) { return trial % 4; };
+  return identified(r, 40, turn, turn, rng);
 }
 
 TEST(EnhancedRecognitionTest, SwitchIsRefusedWhileJobsRunAndForOtherValues) {
@@ -223,18 +232,9 @@ TEST(EnhancedRecognitionTest, ALargeSetCoversEveryWayItsGesturesAreMade) {
   std::unique_ptr<GestureRecognition> set = turnedVSet(rng, 2, 20);
   GestureRecognition& r = *set;
   r.setEnhancedRecognition(1);
-  performTurnedV(r, 0, -1, rng);
-  EXPECT_EQ(endStroke(r), 0);
-  for (int s = 0; s < 3; ++s) {
-    performTurnedV(r, 2, 0, rng);
-    endStroke(r);
-  }
-  int found = 0;
-  for (int trial = 0; trial < 10; ++trial) {
-    performTurnedV(r, 2, -1, rng);
-    found += endStroke(r) == 0 ? 1 : 0;
-  }
-  EXPECT_GE(found, 9);
+  EXPECT_EQ(strokeTurnedV(r, 0, -1, rng), 0);
+  for (int s = 0; s < 3; ++s) strokeTurnedV(r, 2, 0, rng);
+  EXPECT_GE(identified(r, 10, [](int) { return 2; }, [](int) { return 0; }, rng), 9);
 }
 
 TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
@@ -242,8 +242,8 @@ TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
   std::unique_ptr<GestureRecognition> r = turnedVSet(rng);
   std::ostringstream plainText;
   ASSERT_EQ(r->saveToStream(&plainText), ReturnCode_Success);
-  const std::string plainPath = scratchPath("plain.dat");
-  const std::string enhancedPath = scratchPath("enhanced.dat");
+  ScratchFiles scratch;
+  const std::string plainPath = scratch("plain.dat"), enhancedPath = scratch("enhanced.dat");
   ASSERT_EQ(r->saveToFile(plainPath.c_str()), ReturnCode_Success);
   ASSERT_EQ(r->setEnhancedRecognition(1), ReturnCode_Success);
   ASSERT_EQ(r->saveToFile(enhancedPath.c_str()), ReturnCode_Success);
@@ -276,8 +276,6 @@ TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
   const std::string bytes = readFile(plainPath);
   ASSERT_EQ(loaded.loadFromBuffer(bytes.data(), static_cast<int>(bytes.size()), nullptr), ReturnCode_Success);
   EXPECT_EQ(loaded.getEnhancedRecognition(), 0);
-  std::remove(plainPath.c_str());
-  std::remove(enhancedPath.c_str());
 }
 
 // A running motion: the window holds one performance, then, once that has aged out, the next.
