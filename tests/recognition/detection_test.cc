@@ -190,9 +190,8 @@ TEST(DetectionTest, Refusals) {
 }
 
 TEST(DetectionTest, FilesKeepOnlyASensitivityThatWasSet) {
-  const std::string untouched = scratchPath("detection_untouched.dat");
-  const std::string used = scratchPath("detection_used.dat");
-  const std::string set = scratchPath("detection_set.dat");
+  ScratchFiles scratch;
+  const std::string untouched = scratch("untouched.dat"), used = scratch("used.dat"), set = scratch("set.dat");
   Recognizer r = makeRecorded(true);
   ASSERT_EQ(r->saveToFile(untouched.c_str()), 0);
   std::vector<size_t> ends;
@@ -214,7 +213,6 @@ TEST(DetectionTest, FilesKeepOnlyASensitivityThatWasSet) {
   EXPECT_EQ(replay(*loaded, session({{1, 1.0, 0.25}}, ends)).size(), 1u);
   ASSERT_EQ(loaded->loadFromFile(used.c_str(), nullptr), 0);
   EXPECT_EQ(loaded->getDetectionSensitivity(), 0.5);
-  for (const std::string& path : {untouched, used, set}) std::remove(path.c_str());
 }
 
 }  // namespace
