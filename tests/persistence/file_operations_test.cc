@@ -31,10 +31,9 @@ using Recognizer = std::unique_ptr<GestureRecognition>;
 
 Recognizer fresh() { return Recognizer(GestureRecognition::createZeroFilled()); }
 
-class FileOperationsTest : public ::testing::Test {
+class FileOperationsTest : public testing_support::RecognizerTest {
  protected:
   void SetUp() override {
-    r = GestureRecognition::createZeroFilled();
     const char* names[3] = {"circle", "swipe", "zigzag"};
     for (int g = 0; g < 3; ++g) {
       ASSERT_EQ(r->createGesture(names[g], nullptr), g);
@@ -44,10 +43,6 @@ class FileOperationsTest : public ::testing::Test {
     r->rotationalFrameOfReferenceY = 1;
     r->rotationalFrameOfReferenceRotationOrder = 4;
     r->contdIdentificationPeriod = 1500;
-  }
-  void TearDown() override {
-    r->savingState = r->trainingState = kJobIdle;
-    delete r;
   }
   std::string text() {
     std::ostringstream out;
@@ -68,7 +63,6 @@ class FileOperationsTest : public ::testing::Test {
     EXPECT_EQ(other.contdIdentificationPeriod, 1500);
   }
 
-  GestureRecognition* r = nullptr;
   std::mt19937 rng{5};
   testing_support::ScratchFiles path;  // path(name): a scratch file, removed after the test
 };

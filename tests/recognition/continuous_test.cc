@@ -15,11 +15,8 @@ using testing_support::kFacing;
 using testing_support::kHead;
 using testing_support::performShape;
 
-class ContinuousTest : public ::testing::Test {
+class ContinuousTest : public testing_support::RecognizerTest {
  protected:
-  void SetUp() override { r = GestureRecognition::createZeroFilled(); }
-  void TearDown() override { delete r; }
-
   // A running stroke of `count` points whose time stamps lie up to `ageMs` in the past, oldest first.
   void runningStroke(int count, int ageMs, int recordAs = -1) {
     ASSERT_EQ(r->startStroke(kHead, kFacing, recordAs), 0);
@@ -30,7 +27,6 @@ class ContinuousTest : public ::testing::Test {
     }
   }
 
-  GestureRecognition* r = nullptr;
   std::mt19937 rng{3};
 };
 

@@ -13,15 +13,8 @@ namespace {
 using testing_support::endStroke, testing_support::endWithProbabilities, testing_support::performShape,
     testing_support::recordShape;
 
-class GestureStoreTest : public ::testing::Test {
+class GestureStoreTest : public testing_support::RecognizerTest {
  protected:
-  void SetUp() override { r = GestureRecognition::createZeroFilled(); }
-  void TearDown() override {
-    r->savingState = r->trainingState = r->loadingState = kJobIdle;
-    delete r;
-  }
-
-  GestureRecognition* r = nullptr;
   std::mt19937 rng{7};
 };
 

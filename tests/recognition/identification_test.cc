@@ -15,11 +15,8 @@ namespace {
 using testing_support::endStroke, testing_support::endWithProbabilities, testing_support::endWithSimilarities,
     testing_support::endWithSimilarity, testing_support::performShape;
 
-class IdentificationTest : public ::testing::Test {
+class IdentificationTest : public testing_support::RecognizerTest {
  protected:
-  void SetUp() override { r = GestureRecognition::createZeroFilled(); }
-  void TearDown() override { delete r; }
-
   void recordSet(int gestures, int samples) { testing_support::recordSet(*r, gestures, samples, rng); }
 
   // A network whose outputs are exactly `outputs`, whatever the input: all weights zero but the
@@ -46,7 +43,6 @@ class IdentificationTest : public ::testing::Test {
     return *r;
   }
 
-  GestureRecognition* r = nullptr;
   std::mt19937 rng{11};
   Stroke probe;
 };

@@ -76,6 +76,18 @@ inline void recordSet(IGestureRecognition& r, int gestures, int samples, std::mt
   }
 }
 
+// A fresh zero-filled recogniser `r` for each test. Job states that the test set by hand are set
+// idle again before it is deleted: no real job of the test's is still running then.
+class RecognizerTest : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    r->trainingState = r->loadingState = r->savingState = kJobIdle;
+    delete r;
+  }
+
+  GestureRecognition* r = GestureRecognition::createZeroFilled();
+};
+
 }  // namespace testing_support
 }  // namespace zando
 

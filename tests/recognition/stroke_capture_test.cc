@@ -19,14 +19,8 @@ const double kHeadQ[4] = {0.0, 0.0, 0.0, 1.0};
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 const double kInf = std::numeric_limits<double>::infinity();
 
-class StrokeCaptureTest : public ::testing::Test {
+class StrokeCaptureTest : public testing_support::RecognizerTest {
  protected:
-  void SetUp() override { r = GestureRecognition::createZeroFilled(); }
-  void TearDown() override {
-    r->trainingState = r->loadingState = r->savingState = kJobIdle;
-    delete r;
-  }
-
   // Starts a stroke for `recordAs` and adds `count` points along x, 0.01 apart.
   void stroke(int recordAs, int count) {
     ASSERT_EQ(r->startStroke(kHeadP, kHeadQ, recordAs), 0);
@@ -37,8 +31,6 @@ class StrokeCaptureTest : public ::testing::Test {
   }
   size_t handCount() const { return r->currentStroke.handPoints.size(); }
   int samples(int gesture = 0) const { return r->getGestureNumberOfSamples(gesture); }
-
-  GestureRecognition* r = nullptr;
 };
 
 TEST_F(StrokeCaptureTest, RecordingStoresADeepCopyOfEveryPoseForm) {
