@@ -44,9 +44,16 @@ constexpr double kUntimedFrameRate = 60.0;
 constexpr double kMaxHistorySeconds = 60.0;
 // A move between two frames over this share of the longest sample's path is a jump of the tracker.
 constexpr double kJumpShare = 0.5;
-// How long a candidate must stay the best before it is reported: the motion has moved on from
-// the gesture's end and no better match of it came.
+// The time a match may overlap another's ends and still be held by it; and how long the motion
+// must have gone on without a step of a longer match for that match to count as stopped.
 constexpr double kConfirmSeconds = 0.2;
+// How long candidates must stay the best before they are reported: the motion has moved on from
+// the gesture's end and no better match of it came. This many steps at the pace the candidates
+// were performed (the hand slows at the end of a slow performance, and its last steps come far
+// apart), within kReportAfterSeconds and kConfirmSeconds. The step that ends a match comes only
+// once the hand has moved on by a step's length, which already takes a moment.
+constexpr double kReportAfterSteps = 2.0;
+constexpr double kReportAfterSeconds = 0.1;
 // Time constant of the steadied head pose that the motion is read against.
 constexpr double kHeadSeconds = 0.5;
 // A longer gesture counts as under way while its match so far costs less than this share of its
@@ -97,7 +104,29 @@ constexpr double kSharpnessReach = 1.3;
 constexpr double kSingleSampleSharpnessReach = 1.5;
 constexpr double kUnbounded = std::numeric_limits<double>::infinity();
 
+// How far a match's ends may lie apart (see closureGap) beyond its gesture's samples': a
+// factor and a margin, both for how differently people close a figure, and a gap every figure
+// may have. A loop inside a longer figure (the bowl of a "6" read as an "O") lies open where
+// the gesture's samples close; a figure whose samples end far from where they began, read in a
+// closed loop, is closed where they are open.
+constexpr double kClosureReach = 1.5;
+constexpr double kClosureMargin = 0.1;
+constexpr double kClosureAllowed = 0.3;
+
 using Motion = std::vector<TimedPoint>;
+
+// How far apart a path's ends lie, against its size (the diagonal of the box around it): near
+// 0 for a figure that closes, up to 1. Not a number for a path without extent.
+double closureGap(const std::vector<Eigen::Vector3d>& path) {
+  if (path.size() < 2) return std::numeric_limits<double>::quiet_NaN();
+  Eigen::Vector3d lowest = path.front(), highest = path.front();
+  for (const Eigen::Vector3d& point : path) {
+    lowest = lowest.cwiseMin(point);
+    highest = highest.cwiseMax(point);
+  }
+  const double size = (highest - lowest).norm();
+  return size > 0.0 ? (path.back() - path.front()).norm() / size : std::numeric_limits<double>::quiet_NaN();
+}
 
 // The slowest the motion went from `from` to `to` seconds: the least distance it covered in any
 // span of kSpeedSpan seconds within, against what it covered in such spans from `start` to `end`
@@ -340,7 +369,8 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   longestPath_ = 0.0;
   still_.assign(model.gestures.size(), false);
   startSlowness_.assign(model.gestures.size(), 0.0);
-  sharpness_.assign(model.gestures.size(), Sharpness());
+  sharpness_.assign(model.gestures.size(), Bounds());
+  closure_.assign(model.gestures.size(), Bounds());
   std::vector<std::vector<Motion>> recorded(model.gestures.size());
   for (size_t g = 0; g < model.gestures.size(); ++g) recorded[g] = gestureMotions(*model.gestures[g], parameters);
   double reference = referenceLength_;
@@ -372,8 +402,10 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
     }
     startSlowness_[g] = slowness.empty() ? std::numeric_limits<double>::infinity() : upperQuartile(slowness);
     const double reach = count > 1 ? kSharpnessReach : kSingleSampleSharpnessReach;
-    Sharpness& sharpness = sharpness_[g];
-    sharpness = {std::numeric_limits<double>::infinity(), 0.0};
+    Bounds& sharpness = sharpness_[g];
+    sharpness = {kUnbounded, 0.0};
+    Bounds& closure = closure_[g];
+    closure = {kUnbounded, 0.0};
     for (size_t k = 0; k < count; ++k) {
       Motion& motion = recorded[g][k];
       StoredPath stored;
@@ -382,11 +414,16 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       const bool matched = (k * kMatchedPerGesture) % count < kMatchedPerGesture;
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
-      makePathShape(positionsOf(motion), true, stored.shape);
+      const std::vector<Eigen::Vector3d> positions = positionsOf(motion);
+      makePathShape(positions, true, stored.shape);
       const double sharp = stored.shape.sharpness;
-      // A sample whose sharpness cannot be told leaves any to its gesture.
+      // A sample whose sharpness or closure cannot be told leaves any to its gesture.
       sharpness.lowest = std::min(sharpness.lowest, std::isfinite(sharp) ? sharp / reach : 0.0);
       sharpness.highest = std::max(sharpness.highest, std::isfinite(sharp) ? sharp * reach : kUnbounded);
+      const double gap = closureGap(positions);
+      closure.lowest = std::min(closure.lowest, std::isfinite(gap) ? gap / kClosureReach - kClosureMargin : 0.0);
+      closure.highest = std::max(
+          closure.highest, std::isfinite(gap) ? std::max(kClosureAllowed, gap * kClosureReach + kClosureMargin) : kUnbounded);
       longestPath_ = std::max(longestPath_, stored.path.stepLength * stored.path.steps);
       historySeconds_ = std::clamp(stored.path.duration * kSpeedTolerance + 1.0, historySeconds_, kMaxHistorySeconds);
       for (const Variant& variant : kVariants) {
@@ -584,6 +621,8 @@ void ContinuousDetector::consider(int index, float cost, double start, double en
   const double ratio = cost / threshold;
   if (candidate.present && ratio >= candidate.ratio) return;
   candidate = {true, ratio, start, end, stored.tilt};
+  const double stepSeconds = duration / stored.path.steps;
+  clusterStepSeconds_ = pending_ ? std::max(clusterStepSeconds_, stepSeconds) : stepSeconds;
   clusterEnd_ = pending_ ? std::max(clusterEnd_, end) : end;
   pending_ = true;
 }
@@ -623,9 +662,8 @@ void ContinuousDetector::confirmCandidates() {
     stretchOf(history_, candidate.start, candidate.end, candidate.tilt, stretch);
     if (stretch.size() < 2) continue;
     makePathShape(stretch, false, query);
-    // Turning evenly or at corners, as the gesture's samples do.
-    const double sharpness = query.sharpness;
-    if (sharpness < sharpness_[g].lowest || sharpness > sharpness_[g].highest) continue;
+    // Turning evenly or at corners, and closing or staying open, as the gesture's samples do.
+    if (!sharpness_[g].holds(query.sharpness) || !closure_[g].holds(closureGap(stretch))) continue;
     const double shapeRatio = shapeRatioTo(query, static_cast<int>(g));
     // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
     // match holds another's is the one performed (a gesture may begin or end with a shorter one),
@@ -690,7 +728,8 @@ bool ContinuousDetector::longerMatchUnderway(double now) const {
 }
 
 bool ContinuousDetector::poll(double now, Detection& detection) {
-  if (ready_.empty() && pending_ && now - clusterEnd_ >= kConfirmSeconds && !longerMatchUnderway(now)) {
+  const double wait = std::clamp(kReportAfterSteps * clusterStepSeconds_, kReportAfterSeconds, kConfirmSeconds);
+  if (ready_.empty() && pending_ && now - clusterEnd_ >= wait && !longerMatchUnderway(now)) {
     confirmCandidates();
   }
   if (ready_.empty()) return false;

@@ -2,7 +2,7 @@
 // gesture) is matched against the motion step by step, a match that beats its gesture's threshold
 // becomes a candidate, and a candidate is reported once nothing better has come for a moment,
 // if the hand slowed where it began as the gesture's samples do when they begin, and the stretch
-// turns as evenly (or at corners) as they do.
+// turns as evenly (or at corners) as they do and closes (or stays open) as they do.
 // The thresholds are learned from the samples themselves: how well a gesture's samples match one
 // another against how well other gestures' samples and motions spliced from them match it.
 #ifndef ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
@@ -108,13 +108,17 @@ class ContinuousDetector {
   // Per gesture: how slow its samples begin (the slowest moment of their start against their
   // mean speed), which says how slow a performance of it must begin.
   std::vector<double> startSlowness_;
-  // Per gesture: the sharpness a performance may have (how much of its turning is done at
-  // corners), from its samples' with some reach.
-  struct Sharpness {
+  struct Bounds {
     double lowest = 0.0;
     double highest = std::numeric_limits<double>::infinity();
+    bool holds(double value) const { return !(value < lowest || value > highest); }
   };
-  std::vector<Sharpness> sharpness_;
+  // Per gesture: the sharpness a performance may have (how much of its turning is done at
+  // corners), from its samples' with some reach.
+  std::vector<Bounds> sharpness_;
+  // Per gesture: how far apart its ends may lie against its size (see closureGap), from its
+  // samples' with some reach.
+  std::vector<Bounds> closure_;
   double referenceLength_ = 0.0;
   // The filtered motion, as long back as the slowest match may reach.
   std::vector<TimedPoint> history_;
@@ -140,6 +144,8 @@ class ContinuousDetector {
   std::vector<Candidate> candidates_;
   bool pending_ = false;
   double clusterEnd_ = 0.0;
+  // The slowest pace among them: the time each took over one step of its stored path.
+  double clusterStepSeconds_ = 0.0;
   // Where the last report ended: no match that began before it is taken.
   double reportedUntil_ = -1e300;
   std::vector<Detection> ready_;  // confirmed, not yet reported; rarely more than one
