@@ -98,6 +98,15 @@ constexpr double kBeforeStartSeconds = 0.4;
 constexpr double kStartShare = 0.25;
 constexpr double kStartSeconds = 0.3;
 
+// A gesture is performed in one go: once the hand has begun it, it rests (goes slower than
+// kRestSpeed times the match's mean speed) for at most kRestSeconds, or kRestShare of the match's
+// time, or kRestReach times the longest its samples rest, whichever is longest. A match over a
+// longer rest joins the end of one motion to the start of the next.
+constexpr double kRestSpeed = 0.25;
+constexpr double kRestSeconds = 0.3;
+constexpr double kRestShare = 0.25;
+constexpr double kRestReach = 1.5;
+
 // How far a match's sharpness (see turnSharpness) may lie outside that of its gesture's samples,
 // as a factor; with a single sample, which says less about how people draw it, a wider one.
 constexpr double kSharpnessReach = 1.3;
@@ -128,46 +137,86 @@ double closureGap(const std::vector<Eigen::Vector3d>& path) {
   return size > 0.0 ? (path.back() - path.front()).norm() / size : std::numeric_limits<double>::quiet_NaN();
 }
 
-// The slowest the motion went from `from` to `to` seconds: the least distance it covered in any
-// span of kSpeedSpan seconds within, against what it covered in such spans from `start` to `end`
-// (a match) on average. Distances are taken straight from a span's first point to its last, so
-// that tracker jitter does not add to them. Not a number when that cannot be told.
+// Speeds of a motion over spans of kSpeedSpan seconds. Distances are taken straight from a
+// span's first point to its last, so that tracker jitter does not add to them.
+class SpanSpeeds {
+ public:
+  explicit SpanSpeeds(const Motion& motion) : motion_(motion) {}
+  // The index of the first point at or after `time`, at most the last point's.
+  size_t at(double time) const {
+    const auto found = std::lower_bound(motion_.begin(), motion_.end(), time,
+                                        [](const TimedPoint& point, double t) { return point.time < t; });
+    return std::min(static_cast<size_t>(found - motion_.begin()), motion_.size() - 1);
+  }
+  // The first point at least a span after point `i`, and not past `limit`.
+  size_t spanEnd(size_t i, size_t limit) const {
+    size_t k = i;
+    while (k < limit && !isSpan(i, k)) ++k;
+    return k;
+  }
+  // (Frame times are not exact: a span a hair short of kSpeedSpan is one.)
+  bool isSpan(size_t i, size_t k) const { return motion_[k].time - motion_[i].time >= 0.99 * kSpeedSpan; }
+  double speed(size_t i, size_t k) const {
+    return (motion_[k].position - motion_[i].position).norm() / (motion_[k].time - motion_[i].time);
+  }
+  // The mean over the spans one after another from `start` to `end` seconds; 0 when there are none.
+  double mean(double start, double end) const {
+    const size_t ended = at(end);
+    double covered = 0.0, spans = 0.0;
+    for (size_t i = at(start), k = spanEnd(i, ended); k > i && isSpan(i, k); i = k, k = spanEnd(i, ended)) {
+      covered += speed(i, k);
+      spans += 1.0;
+    }
+    return spans > 0.0 ? covered / spans : 0.0;
+  }
+
+ private:
+  const Motion& motion_;
+};
+
+// The slowest the motion went from `from` to `to` seconds: the least speed over a span within,
+// against the mean speed from `start` to `end` (a match). Not a number when that cannot be told.
 double slowestBetween(const Motion& motion, double from, double to, double start, double end) {
   constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
-  const auto at = [&](double time) {
-    return static_cast<size_t>(std::lower_bound(motion.begin(), motion.end(), time,
-                                                [](const TimedPoint& point, double t) { return point.time < t; }) -
-                               motion.begin());
-  };
-  // The first point at least a span after point `i`, and not past `limit`.
-  const auto spanEnd = [&](size_t i, size_t limit) {
-    size_t k = i;
-    // (Frame times are not exact: a span a hair short of kSpeedSpan is one.)
-    while (k < limit && motion[k].time - motion[i].time < 0.99 * kSpeedSpan) ++k;
-    return k;
-  };
-  const auto speed = [&](size_t i, size_t k) {
-    return (motion[k].position - motion[i].position).norm() / (motion[k].time - motion[i].time);
-  };
   if (motion.empty() || !(end > start)) return kUnknown;
-  const size_t last = motion.size() - 1;
-  const size_t begun = std::min(at(start), last), ended = std::min(at(end), last), reach = std::min(at(to), last);
-  double covered = 0.0, spans = 0.0;
-  for (size_t i = begun, k = spanEnd(i, ended); k > i && motion[k].time - motion[i].time >= 0.99 * kSpeedSpan;
-       i = k, k = spanEnd(i, ended)) {
-    covered += speed(i, k);
-    spans += 1.0;
-  }
-  const double mean = spans > 0.0 ? covered / spans : 0.0;
+  const SpanSpeeds speeds(motion);
+  const double mean = speeds.mean(start, end);
   if (!(mean > 0.0)) return kUnknown;
   double slowest = kUnknown;
-  for (size_t i = at(from); i < reach; ++i) {
-    const size_t k = spanEnd(i, reach);
-    if (motion[k].time - motion[i].time < 0.99 * kSpeedSpan) break;  // the motion ends within the span
-    const double ratio = speed(i, k) / mean;
+  const size_t reach = speeds.at(to);
+  for (size_t i = speeds.at(from); i < reach; ++i) {
+    const size_t k = speeds.spanEnd(i, reach);
+    if (!speeds.isSpan(i, k)) break;  // the motion ends within the span
+    const double ratio = speeds.speed(i, k) / mean;
     if (!(ratio >= slowest)) slowest = ratio;
   }
   return slowest;
+}
+
+// The longest the hand rested from `start` to `end` seconds once it had begun to move: the time
+// over which the spans starting in it went slower than kRestSpeed times the mean speed. A rest
+// still going on at `end` counts only if `toTheEnd` (a stored sample may end with the hand
+// resting before the stroke was ended; a match taken from the running motion may not).
+double longestRest(const Motion& motion, double start, double end, bool toTheEnd) {
+  if (motion.empty() || !(end > start)) return 0.0;
+  const SpanSpeeds speeds(motion);
+  const double mean = speeds.mean(start, end);
+  if (!(mean > 0.0)) return 0.0;
+  const size_t ended = speeds.at(end);
+  double resting = 0.0, longest = 0.0;
+  bool moved = false;
+  for (size_t i = speeds.at(start); i < ended; ++i) {
+    const size_t k = speeds.spanEnd(i, ended);
+    if (!speeds.isSpan(i, k)) break;
+    if (speeds.speed(i, k) >= kRestSpeed * mean) {
+      if (moved) longest = std::max(longest, resting);
+      moved = true;
+      resting = 0.0;
+    } else if (moved) {
+      resting += motion[i + 1].time - motion[i].time;
+    }
+  }
+  return toTheEnd ? std::max(longest, resting) : longest;
 }
 
 // The slowest the motion went around the start of a match (see kStartSlowness), looking `before`
@@ -369,6 +418,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
   longestPath_ = 0.0;
   still_.assign(model.gestures.size(), false);
   startSlowness_.assign(model.gestures.size(), 0.0);
+  samplesRest_.assign(model.gestures.size(), 0.0);
   sharpness_.assign(model.gestures.size(), Bounds());
   closure_.assign(model.gestures.size(), Bounds());
   std::vector<std::vector<Motion>> recorded(model.gestures.size());
@@ -401,6 +451,10 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       if (std::isfinite(measured)) slowness.push_back(measured);
     }
     startSlowness_[g] = slowness.empty() ? std::numeric_limits<double>::infinity() : upperQuartile(slowness);
+    samplesRest_[g] = 0.0;
+    for (const Motion& motion : recorded[g]) {
+      samplesRest_[g] = std::max(samplesRest_[g], longestRest(motion, motion.front().time, motion.back().time, false));
+    }
     const double reach = count > 1 ? kSharpnessReach : kSingleSampleSharpnessReach;
     Bounds& sharpness = sharpness_[g];
     sharpness = {kUnbounded, 0.0};
@@ -664,6 +718,10 @@ void ContinuousDetector::confirmCandidates() {
     makePathShape(stretch, false, query);
     // Turning evenly or at corners, and closing or staying open, as the gesture's samples do.
     if (!sharpness_[g].holds(query.sharpness) || !closure_[g].holds(closureGap(stretch))) continue;
+    // In one go.
+    const double restAllowed =
+        std::max({kRestSeconds, kRestShare * (candidate.end - candidate.start), kRestReach * samplesRest_[g]});
+    if (longestRest(history_, candidate.start, candidate.end, true) > restAllowed) continue;
     const double shapeRatio = shapeRatioTo(query, static_cast<int>(g));
     // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
     // match holds another's is the one performed (a gesture may begin or end with a shorter one),

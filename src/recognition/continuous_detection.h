@@ -2,7 +2,8 @@
 // gesture) is matched against the motion step by step, a match that beats its gesture's threshold
 // becomes a candidate, and a candidate is reported once nothing better has come for a moment,
 // if the hand slowed where it began as the gesture's samples do when they begin, and the stretch
-// turns as evenly (or at corners) as they do and closes (or stays open) as they do.
+// turns as evenly (or at corners) as they do, closes (or stays open) as they do and was made in
+// one go.
 // The thresholds are learned from the samples themselves: how well a gesture's samples match one
 // another against how well other gestures' samples and motions spliced from them match it.
 #ifndef ZANDO_RECOGNITION_CONTINUOUS_DETECTION_H
@@ -108,6 +109,9 @@ class ContinuousDetector {
   // Per gesture: how slow its samples begin (the slowest moment of their start against their
   // mean speed), which says how slow a performance of it must begin.
   std::vector<double> startSlowness_;
+  // Per gesture: the longest its samples rest once begun, which says how long a performance of it
+  // may rest.
+  std::vector<double> samplesRest_;
   struct Bounds {
     double lowest = 0.0;
     double highest = std::numeric_limits<double>::infinity();

@@ -108,10 +108,15 @@ TEST(DetectionTest, ReportsEachPerformanceOnceAndNothingElse) {
   motion.perform(kShapes[0], 1.2, 0.25);
   motion.glide(below, 0.4);
   motion.idle(1.5);
-  // And a square, begun and ended at rest where the circle would be: not a circle.
+  // And a square, begun and ended at rest where the circle would be: not a circle, even when the
+  // hand, after resting, moves on the way a circle's first stretch goes (the rest joins two motions).
   motion.move(MotionBuilder::startFor(4, 0.25, {0.0, 1.4, 0.45}), 0.6);
   motion.perform(4, 1.2, 0.25, true);
   motion.idle(1.5);
+  MotionBuilder::Point onwards = motion.points.back();
+  onwards[1] += 0.15;
+  motion.move(onwards, 0.6);
+  motion.idle(1.0);
   for (bool enhanced : {true, false}) {
     SCOPED_TRACE(enhanced ? "enhanced, untrained" : "plain, trained");
     Recognizer r = makeRecorded(enhanced);
