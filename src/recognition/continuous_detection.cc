@@ -97,6 +97,13 @@ constexpr double kSpeedSpan = 0.1;
 constexpr double kBeforeStartSeconds = 0.4;
 constexpr double kStartShare = 0.25;
 constexpr double kStartSeconds = 0.3;
+// A match that does not begin so may begin partway along a straight stroke (see strokeStart):
+// one whose path runs at least kLeadStraightness of its length straight, within kLeadAlignment
+// (a cosine) of the match's first kLeadShare, and began at most kLeadSeconds earlier.
+constexpr double kLeadStraightness = 0.97;
+constexpr double kLeadAlignment = 0.95;
+constexpr double kLeadShare = 0.15;
+constexpr double kLeadSeconds = 1.0;
 
 // A gesture is performed in one go: once the hand has begun it, it rests (goes slower than
 // kRestSpeed times the match's mean speed) for at most kRestSeconds, or kRestShare of the match's
@@ -223,6 +230,29 @@ double longestRest(const Motion& motion, double start, double end, bool toTheEnd
 // seconds before it; not a number when that cannot be told, which no limit refuses.
 double startSlowness(const Motion& motion, double start, double end, double before) {
   return slowestBetween(motion, start - before, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
+}
+
+// Where the straight stroke that a match from `start` to `end` begins with began, at most
+// kLeadSeconds (and the match's own time) before `start`: a gesture that begins with a straight
+// stroke, drawn longer than its samples, is matched from partway along it. The stroke is the
+// motion before `start` that runs straight on in the direction of the match's first
+// kLeadShare; `start` itself if there is none.
+double strokeStart(const Motion& motion, double start, double end) {
+  if (motion.empty()) return start;
+  const SpanSpeeds speeds(motion);
+  const size_t first = speeds.at(start);
+  const Eigen::Vector3d heading = motion[speeds.at(start + kLeadShare * (end - start))].position - motion[first].position;
+  if (!(heading.norm() > 0.0)) return start;
+  const Eigen::Vector3d direction = heading.normalized();
+  const double earliest = start - std::min(kLeadSeconds, end - start);
+  double walked = 0.0, begun = start;
+  for (size_t i = first; i-- > 0 && motion[i].time >= earliest;) {
+    walked += (motion[i + 1].position - motion[i].position).norm();
+    const Eigen::Vector3d chord = motion[first].position - motion[i].position;
+    if (chord.norm() < kLeadStraightness * walked || chord.dot(direction) < kLeadAlignment * chord.norm()) break;
+    begun = motion[i].time;
+  }
+  return begun;
 }
 
 Eigen::Matrix3d tiltRotation(double tilt) { return Eigen::AngleAxisd(tilt, Eigen::Vector3d::UnitX()).toRotationMatrix(); }
@@ -708,10 +738,16 @@ void ContinuousDetector::confirmCandidates() {
     Candidate& candidate = candidates_[g];
     if (!candidate.present) continue;
     candidate.present = false;
-    // Begun where the hand slowed, as the gesture's samples begin.
-    if (startSlowness(history_, candidate.start, candidate.end, kBeforeStartSeconds) >
-        std::max(kStartSlowness, kStartSlownessFactor * startSlowness_[g])) {
-      continue;
+    // Begun where the hand slowed, as the gesture's samples begin; or begun partway along a
+    // straight stroke that began so.
+    const double slownessAllowed = std::max(kStartSlowness, kStartSlownessFactor * startSlowness_[g]);
+    if (startSlowness(history_, candidate.start, candidate.end, kBeforeStartSeconds) > slownessAllowed) {
+      const double stroke = strokeStart(history_, candidate.start, candidate.end);
+      if (!(stroke < candidate.start) ||
+          startSlowness(history_, stroke, candidate.end, kBeforeStartSeconds) > slownessAllowed) {
+        continue;
+      }
+      candidate.start = stroke;
     }
     stretchOf(history_, candidate.start, candidate.end, candidate.tilt, stretch);
     if (stretch.size() < 2) continue;
