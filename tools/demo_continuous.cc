@@ -160,7 +160,7 @@ void runContinuousDemo(int trainingSeconds) {
     if (k < performances.size()) {
       found[k] = true;
       delays.push_back(time - performances[k].end);
-      std::printf("right, %.2f s after its end\n", delays.back());
+      std::printf("right, %.2f s %s its end\n", std::fabs(delays.back()), delays.back() < 0.0 ? "before" : "after");
     } else {
       std::printf("false alarm\n");
     }
