@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <memory>
 #include <string>
 
 #include "api/version.h"
@@ -24,9 +23,7 @@ TEST(VersionText, IsBuiltFromTheBuildConstantsAndCopiedBounded) {
   EXPECT_EQ(zando::buildVersionText("Zando", "2.13", "Sep  7 2025"), "Zando2.13_Sep7");
   EXPECT_EQ(zando::buildVersionText("P", "1.0", "Jan 1 2024"), "P1.0_Jan1");
 
-  char buffer[32];
-  EXPECT_EQ(GestureRecognition_copyVersionString(buffer, sizeof(buffer)), 15);
-  EXPECT_STREQ(buffer, "Zando2.13_Aug31");
+  // (A copy into room enough: the C header check; every capacity: the hostile-values test.)
   char small[6];
   std::memset(small, 'x', sizeof(small));
   EXPECT_EQ(GestureRecognition_copyVersionString(small, sizeof(small)), 6);
@@ -39,13 +36,9 @@ TEST(Creation, ConstructorValuesAndDefaults) {
   ASSERT_NE(gro, nullptr);
   EXPECT_EQ(GestureRecognition_getContdIdentificationPeriod(gro), 1000);
   EXPECT_EQ(GestureRecognition_getContdIdentificationSmoothing(gro), 3);
-  EXPECT_EQ(GestureRecognition_getMaxTrainingTime(gro), 30);
   EXPECT_EQ(GestureRecognition_getRotationalFrameOfReferenceRotationOrder(gro), 2);
   EXPECT_EQ(GestureRecognition_getUpdateHeadPositionPolicy(gro), 1);
-  GestureRecognition_delete(gro);
-  GestureRecognition_delete(nullptr);
-  std::unique_ptr<IGestureRecognition> object(IGestureRecognition::create());
-  EXPECT_EQ(object->maxTrainingTime, 30);
+  GestureRecognition_delete(gro);  // (the training time's default and a null delete: the C header check)
 }
 
 TEST(Accessors, StoreValuesAsTheyComeButTheIgnoreFlags) {
