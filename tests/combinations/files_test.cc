@@ -134,7 +134,6 @@ TEST_F(CombinationFilesTest, SavedArchiveLoadsFromFileAndBuffer) {
   Combinations other = makeCombinations(2);
   ASSERT_EQ(other->loadGestureFromFile(1, single.c_str(), nullptr), 0);
   EXPECT_EQ(other->getGestureNumberOfSamples(1, 2), 2);
-  EXPECT_EQ(other->saveGestureToFile(2, single.c_str()), -2);
 }
 
 // The enhanced mode is one switch for all parts, refused while a job runs, and travels in the

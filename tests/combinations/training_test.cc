@@ -79,10 +79,7 @@ TEST_F(CombinationTrainingTest, OnePartAtATimeThenOneScore) {
   c->setMaxTrainingThreads(1);
   c->setMaxTrainingTime(2 * testing_support::timeScale());  // at least a whole second of a native run's steps
   ASSERT_EQ(c->startTraining(), 0);
-  EXPECT_TRUE(c->isTraining());
-  EXPECT_EQ(c->startTraining(), -8);
-  EXPECT_EQ(c->createGestureCombination("x"), -8);
-  EXPECT_EQ(c->recognitionScore(), -8.0);
+  EXPECT_EQ(c->createGestureCombination("x"), -8);  // (other refusals while training: the stress test)
   ASSERT_TRUE(waitFor(observer.finishes, 1, 20));
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   EXPECT_EQ(observer.finishes.load(), 1);
@@ -117,9 +114,6 @@ TEST_F(CombinationTrainingTest, RefusalsAndStopping) {
   EXPECT_EQ(c->startTraining(), -9);
   EXPECT_FALSE(c->isTraining());
   c->setPartEnabled(1, true);
-  c->savingState = kJobRunning;
-  EXPECT_EQ(c->startTraining(), -17);
-  c->savingState = kJobIdle;
 
   c->setMaxTrainingTime(60);
   ASSERT_EQ(c->startTraining(), 0);
