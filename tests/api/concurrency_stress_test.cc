@@ -122,12 +122,7 @@ void* create(const Face& face) {
 // face that the handles are; two combinations.
 void record(const Face& face, void* h, std::mt19937& rng) {
   if (!face.combination) {
-    auto& recognizer = *static_cast<IGestureRecognition*>(h);
-    const char* const names[3] = {"circle", "swipe", "zigzag"};
-    for (int g = 0; g < 3; ++g) {
-      ASSERT_EQ(recognizer.createGesture(names[g], nullptr), g);
-      for (int s = 0; s < 3; ++s) ASSERT_GE(zando::testing_support::recordShape(recognizer, g, g, rng), 0);
-    }
+    zando::testing_support::recordSet(*static_cast<IGestureRecognition*>(h), 3, 3, rng);
     return;
   }
   zando::combination_testing::recordTwoHands(*static_cast<IGestureCombinations*>(h), 3, rng);

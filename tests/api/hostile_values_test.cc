@@ -512,23 +512,21 @@ const FileCall kFileCalls[] = {
     {"saveToFileAsync", true, GestureCombinations_saveToFileAsync}};
 
 // An object with one gesture whose background jobs report their end.
+#define REPORT_ENDS(P)                                                                                              \
+  for (auto set : {P##_setSavingFinishCallbackFunction, P##_setLoadingFinishCallbackFunction}) set(h, &noteJobEnd); \
+  for (auto set : {P##_setSavingFinishCallbackMetadata, P##_setLoadingFinishCallbackMetadata}) set(h, end)
 void* createReporting(bool combination, JobEnd* end) {
   void* h = combination ? GestureCombinations_create(2) : GestureRecognition_create();
   if (combination) {
     GestureCombinations_createGesture(h, 0, "g", nullptr);
-    for (auto set : {GestureCombinations_setSavingFinishCallbackFunction,
-                     GestureCombinations_setLoadingFinishCallbackFunction}) set(h, &noteJobEnd);
-    for (auto set : {GestureCombinations_setSavingFinishCallbackMetadata,
-                     GestureCombinations_setLoadingFinishCallbackMetadata}) set(h, end);
+    REPORT_ENDS(GestureCombinations);
   } else {
     GestureRecognition_createGesture(h, "g", nullptr);
-    for (auto set : {GestureRecognition_setSavingFinishCallbackFunction,
-                     GestureRecognition_setLoadingFinishCallbackFunction}) set(h, &noteJobEnd);
-    for (auto set : {GestureRecognition_setSavingFinishCallbackMetadata,
-                     GestureRecognition_setLoadingFinishCallbackMetadata}) set(h, end);
+    REPORT_ENDS(GestureRecognition);
   }
   return h;
 }
+#undef REPORT_ENDS
 
 // Every file function of both object types, each on a new object; a background job must bring the
 // code of its blocking form to its finish callback. A folder given as a path must survive.
