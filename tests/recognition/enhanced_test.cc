@@ -80,7 +80,6 @@ TEST(EnhancedRecognitionTest, SwitchIsRefusedWhileJobsRunAndForOtherValues) {
   EXPECT_EQ(r.setEnhancedRecognition(2), ReturnCode_InvalidParameter);
   EXPECT_EQ(r.setEnhancedRecognition(-1), ReturnCode_InvalidParameter);
   EXPECT_EQ(r.setEnhancedRecognition(1), ReturnCode_Success);
-  EXPECT_EQ(r.getEnhancedRecognition(), 1);
   const std::pair<std::atomic<int>*, int> jobs[] = {{&r.trainingState, ReturnCode_TrainingInProgress},
                                                     {&r.loadingState, ReturnCode_LoadingInProgress},
                                                     {&r.savingState, ReturnCode_SavingInProgress}};
@@ -248,10 +247,9 @@ TEST(EnhancedRecognitionTest, ModeTravelsInFilesAndPlainFilesStayAsTheyWere) {
   ASSERT_EQ(r->setEnhancedRecognition(1), ReturnCode_Success);
   ASSERT_EQ(r->saveToFile(enhancedPath.c_str()), ReturnCode_Success);
 
-  // Off: the one member of before, holding the same text as a stream save. On: that same member
-  // and one more, which other readers never open.
+  // Off: the member of before, holding the same text as a stream save (that it is the only one, the
+  // file operation tests check). On: that same member and one more, which other readers never open.
   std::string member;
-  EXPECT_EQ(archiveMembers(plainPath), std::vector<std::string>{std::string(kDatabaseMember) + " deflated"});
   ASSERT_TRUE(readArchiveMember(plainPath.c_str(), kDatabaseMember, member));
   EXPECT_EQ(member, plainText.str());
   ASSERT_TRUE(readArchiveMember(enhancedPath.c_str(), kDatabaseMember, member));

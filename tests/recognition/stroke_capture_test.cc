@@ -17,7 +17,6 @@ using testing_support::endStroke, testing_support::endWithProbabilities, testing
 const double kHeadP[3] = {0.1, 1.7, -0.2};
 const double kHeadQ[4] = {0.0, 0.0, 0.0, 1.0};
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
-const double kInf = std::numeric_limits<double>::infinity();
 
 class StrokeCaptureTest : public testing_support::RecognizerTest {
  protected:
@@ -98,7 +97,6 @@ TEST_F(StrokeCaptureTest, GestureDeletedDuringRecordingStoresNothing) {
 TEST_F(StrokeCaptureTest, RefusedPosesAndStartsLeaveTheStrokeAsItWas) {
   const double p[3] = {0, 0, 0};
   const double nan3[3] = {0.0, kNaN, 0.0};
-  const double inf4[4] = {0, 0, 0, kInf};
   EXPECT_EQ(r->contdStroke(p), ReturnCode_NoStrokeStarted);
   EXPECT_EQ(r->startStroke(nan3, kHeadQ, -1), ReturnCode_InvalidParameter);
   EXPECT_FALSE(r->isStrokeStarted());
@@ -107,7 +105,6 @@ TEST_F(StrokeCaptureTest, RefusedPosesAndStartsLeaveTheStrokeAsItWas) {
   ASSERT_EQ(r->createGesture("a", nullptr), 0);
   stroke(-1, 3);
   EXPECT_EQ(r->contdStroke(nan3), ReturnCode_InvalidParameter);
-  EXPECT_EQ(r->contdStrokeQ(p, inf4), ReturnCode_InvalidParameter);
   // A start for a gesture past the end keeps the running stroke and its target.
   double nanMatrix[4][4] = {{kNaN, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
   EXPECT_EQ(r->startStroke(kHeadP, kHeadQ, 1), ReturnCode_InvalidIndex);

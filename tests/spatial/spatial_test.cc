@@ -230,16 +230,6 @@ TEST(ReduceHeadRotation, RemovesExactlyTheFlaggedAnglesInEveryOrder) {
   }
 }
 
-TEST(VectorHelpers, ComputeOnXyzAndSetWToOne) {
-  Vector3 a(1, 2, 3), b(-4, 0.5, 2);
-  a.w = 7.0, b.w = -3.0;
-  EXPECT_EQ(Eigen::Vector4d(-3, 2.5, 5, 1), xyzw(add(a, b)));
-  EXPECT_EQ(Eigen::Vector4d(5, 1.5, 1, 1), xyzw(subtract(a, b)));
-  EXPECT_EQ(Eigen::Vector4d(-2, -4, -6, 1), xyzw(scale(a, -2.0)));
-  EXPECT_EQ(-4.0 + 1.0 + 6.0, dot(a, b));  // the homogeneous component takes no part
-  EXPECT_EQ(std::sqrt(14.0), length(a));
-}
-
 TEST(StrokePointTest, NewAndInterpolatedPointsAreStampedWithMillisecondsSinceTheUnixEpoch) {
   using namespace std::chrono;
   const int64_t before = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
