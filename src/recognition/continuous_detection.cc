@@ -19,7 +19,8 @@ namespace {
 
 // Stored samples a gesture is matched with at most; more cost time every frame and add little.
 constexpr int kMaxPathsPerGesture = 12;
-// Of those, the samples matched against the running motion, which costs time every frame.
+// Of those, the samples matched against the running motion, which costs time every frame: the
+// most unlike one another (see spreadSamples).
 constexpr size_t kMatchedPerGesture = 6;
 // A gesture whose samples travel less than this share of the typical gesture's path is made by
 // resting the hand.
@@ -120,13 +121,15 @@ constexpr double kSharpnessReach = 1.3;
 constexpr double kSingleSampleSharpnessReach = 1.5;
 constexpr double kUnbounded = std::numeric_limits<double>::infinity();
 
-// How far a match's ends may lie apart (see closureGap) beyond its gesture's samples': a
-// factor and a margin, both for how differently people close a figure, and a gap every figure
-// may have. A loop inside a longer figure (the bowl of a "6" read as an "O") lies open where
-// the gesture's samples close; a figure whose samples end far from where they began, read in a
-// closed loop, is closed where they are open.
-constexpr double kClosureReach = 1.5;
-constexpr double kClosureMargin = 0.1;
+// How far a match's ends may lie apart (see closureGap) beyond its gesture's samples': their
+// range widened by a factor and a margin, both for how differently people close a figure, and a
+// gap every figure may have. A loop inside a longer figure (the bowl of a "6" read as an "O")
+// lies open where the gesture's samples close; a figure whose samples end far from where they
+// began, read in a closed loop, is closed where they are open. The fewer the samples, the less
+// their range tells of how far other performances go: for n samples the factor is
+// 1 + kClosureReach / sqrt(n) and the margin kClosureMargin / sqrt(n) (1.5 and 0.075 for four).
+constexpr double kClosureReach = 1.0;
+constexpr double kClosureMargin = 0.15;
 constexpr double kClosureAllowed = 0.3;
 
 using Motion = std::vector<TimedPoint>;
@@ -375,6 +378,43 @@ Motion spliced(const Motion& first, const Motion& second) {
   return out;
 }
 
+// Which of a gesture's samples (by their shapes) are matched against the running motion: at
+// most `wanted`, as unlike one another as can be, since other people make a gesture the way one
+// sample or another does and near copies of one way find nothing more. The most typical sample
+// (the least distant from all others) comes first, then each time the one farthest from those
+// taken.
+std::vector<bool> spreadSamples(const std::vector<StrokeShape>& shapes, size_t wanted) {
+  const size_t count = shapes.size();
+  if (count <= wanted) return std::vector<bool>(count, true);
+  std::vector<bool> taken(count, false);
+  Eigen::MatrixXd distance = Eigen::MatrixXd::Zero(static_cast<Eigen::Index>(count), static_cast<Eigen::Index>(count));
+  for (size_t a = 0; a < count; ++a) {
+    for (size_t b = a + 1; b < count; ++b) {
+      const float d = nearestStoredShape(shapes[a].path, 1, [&](size_t) { return &shapes[b]; });
+      // A distance that cannot be told counts as none: such a sample is never sought out.
+      const double known = std::isnan(d) ? 0.0 : static_cast<double>(d);
+      distance(static_cast<Eigen::Index>(a), static_cast<Eigen::Index>(b)) = known;
+      distance(static_cast<Eigen::Index>(b), static_cast<Eigen::Index>(a)) = known;
+    }
+  }
+  Eigen::Index typical = 0;
+  distance.rowwise().sum().minCoeff(&typical);
+  taken[static_cast<size_t>(typical)] = true;
+  Eigen::VectorXd nearestTaken = distance.col(typical);
+  for (size_t n = 1; n < wanted; ++n) {
+    size_t farthest = count;
+    for (size_t k = 0; k < count; ++k) {
+      if (!taken[k] && (farthest == count || nearestTaken(static_cast<Eigen::Index>(k)) >
+                                                 nearestTaken(static_cast<Eigen::Index>(farthest)))) {
+        farthest = k;
+      }
+    }
+    taken[farthest] = true;
+    nearestTaken = nearestTaken.cwiseMin(distance.col(static_cast<Eigen::Index>(farthest)));
+  }
+  return taken;
+}
+
 // The threshold that best separates what must be found from what must not (the largest F1
 // score), placed halfway between the last score it accepts and the next one, within reach.
 double chooseThreshold(std::vector<float> accepted, std::vector<float> rejected, double reach) {
@@ -488,30 +528,31 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
     const double reach = count > 1 ? kSharpnessReach : kSingleSampleSharpnessReach;
     Bounds& sharpness = sharpness_[g];
     sharpness = {kUnbounded, 0.0};
-    Bounds& closure = closure_[g];
-    closure = {kUnbounded, 0.0};
+    // Every sample is checked as a whole shape; a few of them are also matched running.
+    std::vector<StrokeShape> shapes(count);
+    for (size_t k = 0; k < count; ++k) makePathShape(positionsOf(recorded[g][k]), true, shapes[k]);
+    const std::vector<bool> matched = spreadSamples(shapes, kMatchedPerGesture);
+    Bounds gaps{kUnbounded, 0.0};
+    double gapsKnown = 0.0;
     for (size_t k = 0; k < count; ++k) {
       Motion& motion = recorded[g][k];
       StoredPath stored;
       if (!makeDirectionPath(motion, stored.path)) continue;
-      // Every sample is checked as a whole shape; a few, spread over them, are matched running.
-      const bool matched = (k * kMatchedPerGesture) % count < kMatchedPerGesture;
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
       stored.gesture = static_cast<int>(g);
-      const std::vector<Eigen::Vector3d> positions = positionsOf(motion);
-      makePathShape(positions, true, stored.shape);
+      stored.shape = std::move(shapes[k]);
       const double sharp = stored.shape.sharpness;
       // A sample whose sharpness or closure cannot be told leaves any to its gesture.
       sharpness.lowest = std::min(sharpness.lowest, std::isfinite(sharp) ? sharp / reach : 0.0);
       sharpness.highest = std::max(sharpness.highest, std::isfinite(sharp) ? sharp * reach : kUnbounded);
-      const double gap = closureGap(positions);
-      closure.lowest = std::min(closure.lowest, std::isfinite(gap) ? gap / kClosureReach - kClosureMargin : 0.0);
-      closure.highest = std::max(
-          closure.highest, std::isfinite(gap) ? std::max(kClosureAllowed, gap * kClosureReach + kClosureMargin) : kUnbounded);
+      const double gap = closureGap(positionsOf(motion));
+      gaps.lowest = std::min(gaps.lowest, std::isfinite(gap) ? gap : 0.0);
+      gaps.highest = std::max(gaps.highest, std::isfinite(gap) ? gap : kUnbounded);
+      if (std::isfinite(gap)) gapsKnown += 1.0;
       longestPath_ = std::max(longestPath_, stored.path.stepLength * stored.path.steps);
       historySeconds_ = std::clamp(stored.path.duration * kSpeedTolerance + 1.0, historySeconds_, kMaxHistorySeconds);
       for (const Variant& variant : kVariants) {
-        if (!matched) break;
+        if (!matched[k]) break;
         auto found = scaleOf.find(key + variant.scaleOffset);
         if (found == scaleOf.end()) {
           found = scaleOf.emplace(key + variant.scaleOffset, static_cast<int>(scales_.size())).first;
@@ -528,6 +569,9 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
       paths_.push_back(stored);
       motions.push_back(std::move(motion));
     }
+    const double widening = 1.0 / std::sqrt(std::max(1.0, gapsKnown));
+    const double factor = 1.0 + kClosureReach * widening, margin = kClosureMargin * widening;
+    closure_[g] = {gaps.lowest / factor - margin, std::max(kClosureAllowed, gaps.highest * factor + margin)};
   }
   columns_.assign(matchers_.size(), WarpingColumn());
   if (paths_.empty()) return;

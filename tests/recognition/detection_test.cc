@@ -138,6 +138,22 @@ TEST(DetectionTest, ReportsEachPerformanceOnceAndNothingElse) {
   }
 }
 
+TEST(DetectionTest, FindsTheWayOfMakingAGestureThatOnlyOneOfManySamplesShows) {
+  // More samples of the circle than are matched running: seven one way round, one the other.
+  Recognizer r = makeRecorded(true);
+  for (int k = 3; k < 8; ++k) {
+    recordTimedSample(*r, k == 5 ? 5 : 0, 0, 1.2, 0.25, 200.0 + 3 * k, static_cast<unsigned>(40 + k), true);
+  }
+  MotionBuilder motion(11);
+  motion.idle(1.0);
+  motion.move(MotionBuilder::startFor(5, 0.25, {0.0, 1.4, 0.45}), 0.6);
+  motion.perform(5, 1.2, 0.25, true);
+  motion.idle(1.5);
+  const std::vector<Event> events = replay(*r, motion);
+  ASSERT_EQ(events.size(), 1u);
+  EXPECT_EQ(events[0].gesture, 0);
+}
+
 TEST(DetectionTest, HostTimeAloneDecides) {
   std::vector<size_t> ends;
   const MotionBuilder motion = session({{0, 1.0, 0.25}, {2, 0.8, 0.25}}, ends);
