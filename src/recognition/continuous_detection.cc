@@ -115,6 +115,12 @@ constexpr double kRestSeconds = 0.3;
 constexpr double kRestShare = 0.25;
 constexpr double kRestReach = 1.5;
 
+// The running match may end short of where the hand ended the figure: a stretch whose shape does
+// not pass is also read to kShapeReadOnSeconds further on (as far as the motion has come), at
+// kShapeReadOnSteps ends spread over that.
+constexpr double kShapeReadOnSeconds = 0.2;
+constexpr int kShapeReadOnSteps = 3;
+
 // How far a match's sharpness (see turnSharpness) may lie outside that of its gesture's samples,
 // as a factor; with a single sample, which says less about how people draw it, a wider one.
 constexpr double kSharpnessReach = 1.3;
@@ -771,6 +777,7 @@ void ContinuousDetector::confirmCandidates() {
   std::vector<Eigen::Vector3d>& stretch = threadScratch<std::vector<Eigen::Vector3d>, struct ConfirmPlace>();
   StrokeShape& query = threadScratch<StrokeShape, struct ConfirmShapePlace>();
   StrokeShape& bestQuery = threadScratch<StrokeShape, struct ConfirmBestShapePlace>();
+  StrokeShape& onwardQuery = threadScratch<StrokeShape, struct ConfirmOnwardShapePlace>();
   Detection best;
   double bestScore = std::numeric_limits<double>::infinity();
   double bestShapeRatio = std::numeric_limits<double>::infinity();
@@ -802,7 +809,13 @@ void ContinuousDetector::confirmCandidates() {
     const double restAllowed =
         std::max({kRestSeconds, kRestShare * (candidate.end - candidate.start), kRestReach * samplesRest_[g]});
     if (longestRest(history_, candidate.start, candidate.end, true) > restAllowed) continue;
-    const double shapeRatio = shapeRatioTo(query, static_cast<int>(g));
+    double shapeRatio = shapeRatioTo(query, static_cast<int>(g));
+    const double readOn = std::min(history_.back().time - candidate.end, kShapeReadOnSeconds);
+    for (int k = 1; k <= kShapeReadOnSteps && !(shapeRatio < 1.0) && readOn > 0.0; ++k) {
+      stretchOf(history_, candidate.start, candidate.end + readOn * k / kShapeReadOnSteps, candidate.tilt, stretch);
+      makePathShape(stretch, false, onwardQuery);
+      shapeRatio = std::min(shapeRatio, shapeRatioTo(onwardQuery, static_cast<int>(g)));
+    }
     // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
     // match holds another's is the one performed (a gesture may begin or end with a shorter one),
     // unless its own stretch has more of the shorter one's shape than of its own (the shorter
