@@ -384,39 +384,41 @@ Motion spliced(const Motion& first, const Motion& second) {
   return out;
 }
 
-// Which of a gesture's samples (by their shapes) are matched against the running motion: at
-// most `wanted`, as unlike one another as can be, since other people make a gesture the way one
-// sample or another does and near copies of one way find nothing more. The most typical sample
-// (the least distant from all others) comes first, then each time the one farthest from those
-// taken.
-std::vector<bool> spreadSamples(const std::vector<StrokeShape>& shapes, size_t wanted) {
-  const size_t count = shapes.size();
-  if (count <= wanted) return std::vector<bool>(count, true);
-  std::vector<bool> taken(count, false);
-  Eigen::MatrixXd distance = Eigen::MatrixXd::Zero(static_cast<Eigen::Index>(count), static_cast<Eigen::Index>(count));
-  for (size_t a = 0; a < count; ++a) {
-    for (size_t b = a + 1; b < count; ++b) {
-      const float d = nearestStoredShape(shapes[a].path, 1, [&](size_t) { return &shapes[b]; });
-      // A distance that cannot be told counts as none: such a sample is never sought out.
-      const double known = std::isnan(d) ? 0.0 : static_cast<double>(d);
-      distance(static_cast<Eigen::Index>(a), static_cast<Eigen::Index>(b)) = known;
-      distance(static_cast<Eigen::Index>(b), static_cast<Eigen::Index>(a)) = known;
+// Which of a gesture's samples (by their shapes; only `usable` ones) are matched against the
+// running motion: at most `wanted`, as unlike one another as can be, since other people make a
+// gesture the way one sample or another does and near copies of one way find nothing more. The
+// most typical sample (the least distant from all others) comes first, then each time the one
+// farthest from those taken.
+std::vector<bool> spreadSamples(const std::vector<const StrokeShape*>& shapes, const std::vector<bool>& usable,
+                                size_t wanted) {
+  std::vector<size_t> candidates;
+  for (size_t k = 0; k < shapes.size(); ++k) {
+    if (usable[k]) candidates.push_back(k);
+  }
+  if (candidates.size() <= wanted) return usable;
+  const auto count = static_cast<Eigen::Index>(candidates.size());
+  Eigen::MatrixXd distance = Eigen::MatrixXd::Zero(count, count);
+  for (Eigen::Index a = 0; a < count; ++a) {
+    for (Eigen::Index b = a + 1; b < count; ++b) {
+      const StrokeShape* other = shapes[candidates[static_cast<size_t>(b)]];
+      const float d = nearestStoredShape(shapes[candidates[static_cast<size_t>(a)]]->path, 1, [&](size_t) { return other; });
+      // A distance that cannot be told counts as none: such a pair says nothing.
+      distance(a, b) = distance(b, a) = std::isnan(d) ? 0.0 : static_cast<double>(d);
     }
   }
-  Eigen::Index typical = 0;
-  distance.rowwise().sum().minCoeff(&typical);
-  taken[static_cast<size_t>(typical)] = true;
-  Eigen::VectorXd nearestTaken = distance.col(typical);
-  for (size_t n = 1; n < wanted; ++n) {
-    size_t farthest = count;
-    for (size_t k = 0; k < count; ++k) {
-      if (!taken[k] && (farthest == count || nearestTaken(static_cast<Eigen::Index>(k)) >
-                                                 nearestTaken(static_cast<Eigen::Index>(farthest)))) {
-        farthest = k;
-      }
+  std::vector<bool> taken(shapes.size(), false);
+  std::vector<bool> chosen(candidates.size(), false);
+  Eigen::Index next = 0;
+  distance.rowwise().sum().minCoeff(&next);
+  Eigen::VectorXd nearestTaken = Eigen::VectorXd::Constant(count, std::numeric_limits<double>::infinity());
+  for (size_t n = 0; n < wanted; ++n) {
+    chosen[static_cast<size_t>(next)] = true;
+    taken[candidates[static_cast<size_t>(next)]] = true;
+    nearestTaken = nearestTaken.cwiseMin(distance.col(next));
+    next = -1;
+    for (Eigen::Index k = 0; k < count; ++k) {
+      if (!chosen[static_cast<size_t>(k)] && (next < 0 || nearestTaken(k) > nearestTaken(next))) next = k;
     }
-    taken[farthest] = true;
-    nearestTaken = nearestTaken.cwiseMin(distance.col(static_cast<Eigen::Index>(farthest)));
   }
   return taken;
 }
@@ -535,18 +537,23 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
     Bounds& sharpness = sharpness_[g];
     sharpness = {kUnbounded, 0.0};
     // Every sample is checked as a whole shape; a few of them are also matched running.
-    std::vector<StrokeShape> shapes(count);
-    for (size_t k = 0; k < count; ++k) makePathShape(positionsOf(recorded[g][k]), true, shapes[k]);
-    const std::vector<bool> matched = spreadSamples(shapes, kMatchedPerGesture);
+    std::vector<StoredPath> samples(count);
+    std::vector<const StrokeShape*> shapes(count);
+    std::vector<bool> usable(count);
+    for (size_t k = 0; k < count; ++k) {
+      usable[k] = makeDirectionPath(recorded[g][k], samples[k].path);
+      makePathShape(positionsOf(recorded[g][k]), true, samples[k].shape);
+      samples[k].gesture = static_cast<int>(g);
+      shapes[k] = &samples[k].shape;
+    }
+    const std::vector<bool> matched = spreadSamples(shapes, usable, kMatchedPerGesture);
     Bounds gaps{kUnbounded, 0.0};
     double gapsKnown = 0.0;
     for (size_t k = 0; k < count; ++k) {
+      if (!usable[k]) continue;
       Motion& motion = recorded[g][k];
-      StoredPath stored;
-      if (!makeDirectionPath(motion, stored.path)) continue;
+      const StoredPath& stored = samples[k];
       const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
-      stored.gesture = static_cast<int>(g);
-      stored.shape = std::move(shapes[k]);
       const double sharp = stored.shape.sharpness;
       // A sample whose sharpness or closure cannot be told leaves any to its gesture.
       sharpness.lowest = std::min(sharpness.lowest, std::isfinite(sharp) ? sharp / reach : 0.0);
