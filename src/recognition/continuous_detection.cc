@@ -540,28 +540,30 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
     std::vector<StoredPath> samples(count);
     std::vector<const StrokeShape*> shapes(count);
     std::vector<bool> usable(count);
-    for (size_t k = 0; k < count; ++k) {
-      usable[k] = makeDirectionPath(recorded[g][k], samples[k].path);
-      makePathShape(positionsOf(recorded[g][k]), true, samples[k].shape);
-      samples[k].gesture = static_cast<int>(g);
-      shapes[k] = &samples[k].shape;
-    }
-    const std::vector<bool> matched = spreadSamples(shapes, usable, kMatchedPerGesture);
+    // A sample whose sharpness or closure cannot be told leaves any to its gesture.
     Bounds gaps{kUnbounded, 0.0};
     double gapsKnown = 0.0;
     for (size_t k = 0; k < count; ++k) {
+      usable[k] = makeDirectionPath(recorded[g][k], samples[k].path);
       if (!usable[k]) continue;
-      Motion& motion = recorded[g][k];
-      const StoredPath& stored = samples[k];
-      const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
-      const double sharp = stored.shape.sharpness;
-      // A sample whose sharpness or closure cannot be told leaves any to its gesture.
-      sharpness.lowest = std::min(sharpness.lowest, std::isfinite(sharp) ? sharp / reach : 0.0);
-      sharpness.highest = std::max(sharpness.highest, std::isfinite(sharp) ? sharp * reach : kUnbounded);
-      const double gap = closureGap(positionsOf(motion));
+      const std::vector<Eigen::Vector3d> positions = positionsOf(recorded[g][k]);
+      makePathShape(positions, true, samples[k].shape);
+      samples[k].gesture = static_cast<int>(g);
+      shapes[k] = &samples[k].shape;
+      const double gap = closureGap(positions);
       gaps.lowest = std::min(gaps.lowest, std::isfinite(gap) ? gap : 0.0);
       gaps.highest = std::max(gaps.highest, std::isfinite(gap) ? gap : kUnbounded);
       if (std::isfinite(gap)) gapsKnown += 1.0;
+    }
+    const std::vector<bool> matched = spreadSamples(shapes, usable, kMatchedPerGesture);
+    for (size_t k = 0; k < count; ++k) {
+      if (!usable[k]) continue;
+      Motion& motion = recorded[g][k];
+      StoredPath& stored = samples[k];
+      const long key = std::lround(std::log(stored.path.stepLength) / std::log(kScaleRatio));
+      const double sharp = stored.shape.sharpness;
+      sharpness.lowest = std::min(sharpness.lowest, std::isfinite(sharp) ? sharp / reach : 0.0);
+      sharpness.highest = std::max(sharpness.highest, std::isfinite(sharp) ? sharp * reach : kUnbounded);
       longestPath_ = std::max(longestPath_, stored.path.stepLength * stored.path.steps);
       historySeconds_ = std::clamp(stored.path.duration * kSpeedTolerance + 1.0, historySeconds_, kMaxHistorySeconds);
       for (const Variant& variant : kVariants) {
@@ -579,7 +581,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
         scales_[static_cast<size_t>(matcher.scale)].matchers.push_back(static_cast<int>(matchers_.size()));
         matchers_.push_back(matcher);
       }
-      paths_.push_back(stored);
+      paths_.push_back(std::move(stored));
       motions.push_back(std::move(motion));
     }
     const double widening = 1.0 / std::sqrt(std::max(1.0, gapsKnown));
