@@ -98,6 +98,10 @@ constexpr double kSpeedSpan = 0.1;
 constexpr double kBeforeStartSeconds = 0.4;
 constexpr double kStartShare = 0.25;
 constexpr double kStartSeconds = 0.3;
+// A match that does not begin so may begin partway along a straight stroke (see strokeStart), or
+// a little after the hand began the gesture: where no such moment lies within kBeforeStartSeconds,
+// the latest one within kReachBackShare of the match's time before it is the start.
+constexpr double kReachBackShare = 0.25;
 // A match that does not begin so may begin partway along a straight stroke (see strokeStart):
 // one whose path runs at least kLeadStraightness of its length straight, within kLeadAlignment
 // (a cosine) of the match's first kLeadShare, and began at most kLeadSeconds earlier.
@@ -120,6 +124,14 @@ constexpr double kRestReach = 1.5;
 // kShapeReadOnSteps ends spread over that.
 constexpr double kShapeReadOnSeconds = 0.2;
 constexpr int kShapeReadOnSteps = 3;
+
+// A match passes when its running cost and its whole shape's distance, each against its own
+// threshold, have a geometric mean below kPassing: a shape a little outside its bound may be made
+// up for by a close running match and the other way round, though the running cost never goes
+// beyond its threshold (only a match within it is a candidate) and the shape distance at most to
+// kShapeReach times its threshold.
+constexpr double kPassing = 0.9;
+constexpr double kShapeReach = 1.5;
 
 // How far a match's sharpness (see turnSharpness) may lie outside that of its gesture's samples,
 // as a factor; with a single sample, which says less about how people draw it, a wider one.
@@ -239,6 +251,21 @@ double longestRest(const Motion& motion, double start, double end, bool toTheEnd
 // seconds before it; not a number when that cannot be told, which no limit refuses.
 double startSlowness(const Motion& motion, double start, double end, double before) {
   return slowestBetween(motion, start - before, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
+}
+
+// The latest moment from `earliest` to `start` seconds at which the motion went no faster than
+// `allowed` times the mean speed of the match from `start` to `end`; not a number if none did.
+double latestSlowBefore(const Motion& motion, double earliest, double start, double end, double allowed) {
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  if (motion.empty()) return kNone;
+  const SpanSpeeds speeds(motion);
+  const double mean = speeds.mean(start, end);
+  if (!(mean > 0.0)) return kNone;
+  for (size_t i = speeds.at(start); i-- > 0 && motion[i].time >= earliest;) {
+    const size_t k = speeds.spanEnd(i, motion.size() - 1);
+    if (speeds.isSpan(i, k) && speeds.speed(i, k) <= allowed * mean) return motion[i].time;
+  }
+  return kNone;
 }
 
 // Where the straight stroke that a match from `start` to `end` begins with began, at most
@@ -803,11 +830,15 @@ void ContinuousDetector::confirmCandidates() {
     const double slownessAllowed = std::max(kStartSlowness, kStartSlownessFactor * startSlowness_[g]);
     if (startSlowness(history_, candidate.start, candidate.end, kBeforeStartSeconds) > slownessAllowed) {
       const double stroke = strokeStart(history_, candidate.start, candidate.end);
-      if (!(stroke < candidate.start) ||
-          startSlowness(history_, stroke, candidate.end, kBeforeStartSeconds) > slownessAllowed) {
-        continue;
+      if (stroke < candidate.start &&
+          !(startSlowness(history_, stroke, candidate.end, kBeforeStartSeconds) > slownessAllowed)) {
+        candidate.start = stroke;
+      } else {
+        const double earliest = candidate.start - kReachBackShare * (candidate.end - candidate.start);
+        const double slow = latestSlowBefore(history_, earliest, candidate.start, candidate.end, slownessAllowed);
+        if (!(slow < candidate.start)) continue;
+        candidate.start = slow;
       }
-      candidate.start = stroke;
     }
     stretchOf(history_, candidate.start, candidate.end, candidate.tilt, stretch);
     if (stretch.size() < 2) continue;
@@ -825,12 +856,12 @@ void ContinuousDetector::confirmCandidates() {
       makePathShape(stretch, false, onwardQuery);
       shapeRatio = std::min(shapeRatio, shapeRatioTo(onwardQuery, static_cast<int>(g)));
     }
-    // Both the running match and the whole shape must pass. Of the gestures that pass, one whose
+    // The running match and the whole shape together must pass. Of the gestures that pass, one whose
     // match holds another's is the one performed (a gesture may begin or end with a shorter one),
     // unless its own stretch has more of the shorter one's shape than of its own (the shorter
     // gesture with some motion before or after it); else the one that passes best.
-    const double score = std::max(candidate.ratio, shapeRatio);
-    if (!(score < 1.0)) continue;
+    const double score = std::sqrt(candidate.ratio * shapeRatio) / kPassing;
+    if (!(score < 1.0) || !(shapeRatio < kShapeReach)) continue;
     const bool holdsBest = best.gesture >= 0 && holds(candidate.start, candidate.end, best.start, best.end) &&
                            !(shapeRatioTo(query, best.gesture) < shapeRatio);
     const bool heldByBest = best.gesture >= 0 && holds(best.start, best.end, candidate.start, candidate.end) &&
