@@ -92,23 +92,24 @@ constexpr double kSingleSampleReach = 2.0;
 // most this many times the samples' own, and at least kStartSlowness.
 constexpr double kStartSlownessFactor = 3.0;
 constexpr double kStartSlowness = 0.6;
-// The moments of that measure: the speed over this span, looked for this far before a start and
-// this share of the match after it (at most kStartSeconds).
+// The moments of that measure: the speed over this span, from the start to this share of the
+// match (at most kStartSeconds).
 constexpr double kSpeedSpan = 0.1;
-constexpr double kBeforeStartSeconds = 0.4;
 constexpr double kStartShare = 0.25;
 constexpr double kStartSeconds = 0.3;
-// A match that does not begin so may begin partway along a straight stroke (see strokeStart), or
-// a little after the hand began the gesture: where no such moment lies within kBeforeStartSeconds,
-// the latest one within kReachBackShare of the match's time before it is the start.
-constexpr double kReachBackShare = 0.25;
 // A match that does not begin so may begin partway along a straight stroke (see strokeStart):
 // one whose path runs at least kLeadStraightness of its length straight, within kLeadAlignment
-// (a cosine) of the match's first kLeadShare, and began at most kLeadSeconds earlier.
+// (a cosine) of the match's first kLeadShare, and began at most kLeadSeconds earlier. Or it may
+// begin a little after the hand began the gesture (the running match cannot tell a gesture's
+// first, slow steps from the rest before them): the hand's latest slow moment within
+// kReachBackShare of the match's time before it is the start, and the whole stretch from there
+// must have the gesture's shape. A figure inside a longer one is read with what the hand did
+// before it, and fails.
 constexpr double kLeadStraightness = 0.97;
 constexpr double kLeadAlignment = 0.95;
 constexpr double kLeadShare = 0.15;
 constexpr double kLeadSeconds = 1.0;
+constexpr double kReachBackShare = 0.25;
 
 // A gesture is performed in one go: once the hand has begun it, it rests (goes slower than
 // kRestSpeed times the match's mean speed) for at most kRestSeconds, or kRestShare of the match's
@@ -247,10 +248,10 @@ double longestRest(const Motion& motion, double start, double end, bool toTheEnd
   return toTheEnd ? std::max(longest, resting) : longest;
 }
 
-// The slowest the motion went around the start of a match (see kStartSlowness), looking `before`
-// seconds before it; not a number when that cannot be told, which no limit refuses.
-double startSlowness(const Motion& motion, double start, double end, double before) {
-  return slowestBetween(motion, start - before, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
+// The slowest the motion went at the start of a match (see kStartSlowness); not a number when
+// that cannot be told, which no limit refuses.
+double startSlowness(const Motion& motion, double start, double end) {
+  return slowestBetween(motion, start, start + std::min(kStartSeconds, kStartShare * (end - start)), start, end);
 }
 
 // The latest moment from `earliest` to `start` seconds at which the motion went no faster than
@@ -552,7 +553,7 @@ void ContinuousDetector::learn(const GestureModel& model, const ModelParameters&
     // How slow the gesture's samples begin: the upper quartile over its samples.
     std::vector<double> slowness;
     for (const Motion& motion : recorded[g]) {
-      const double measured = startSlowness(motion, motion.front().time, motion.back().time, 0.0);
+      const double measured = startSlowness(motion, motion.front().time, motion.back().time);
       if (std::isfinite(measured)) slowness.push_back(measured);
     }
     startSlowness_[g] = slowness.empty() ? std::numeric_limits<double>::infinity() : upperQuartile(slowness);
@@ -826,12 +827,11 @@ void ContinuousDetector::confirmCandidates() {
     if (!candidate.present) continue;
     candidate.present = false;
     // Begun where the hand slowed, as the gesture's samples begin; or begun partway along a
-    // straight stroke that began so.
+    // straight stroke that began so; or where the hand slowed a little before.
     const double slownessAllowed = std::max(kStartSlowness, kStartSlownessFactor * startSlowness_[g]);
-    if (startSlowness(history_, candidate.start, candidate.end, kBeforeStartSeconds) > slownessAllowed) {
+    if (startSlowness(history_, candidate.start, candidate.end) > slownessAllowed) {
       const double stroke = strokeStart(history_, candidate.start, candidate.end);
-      if (stroke < candidate.start &&
-          !(startSlowness(history_, stroke, candidate.end, kBeforeStartSeconds) > slownessAllowed)) {
+      if (stroke < candidate.start && !(startSlowness(history_, stroke, candidate.end) > slownessAllowed)) {
         candidate.start = stroke;
       } else {
         const double earliest = candidate.start - kReachBackShare * (candidate.end - candidate.start);
