@@ -63,14 +63,22 @@ constexpr double kHeadSeconds = 0.5;
 constexpr double kUnderwayReach = 0.8;
 // Nor beyond this many times the share of its threshold that the best candidate reached: a longer
 // gesture must follow the motion about as well as the shorter one did, not merely stay within
-// its bound while the hand moves on to something else.
+// its bound while the hand moves on to something else. But always to kUnderwayLeast: a shorter
+// gesture matched nearly perfectly must not leave no longer one a chance.
 constexpr double kUnderwayAgainstBest = 2.0;
+constexpr double kUnderwayLeast = 0.25;
 // A match goes on while the motion goes on: while its scale made a step within kConfirmSeconds,
 // or within this many step times if that is longer (the hand slows at the turns of a long
 // gesture). A step time is the stored sample's, or the match's so far (the time it took over the
 // sample's steps it covered) where that is shorter: a player who performs faster than the
 // sample was recorded stops for less long within it.
 constexpr double kUnderwaySteps = 3.0;
+// Nor once the hand has come to rest: gone slower than kStoppedSpeed times the candidates' mean
+// speed for kStoppedSeconds, or for as long as the longer gesture's samples rest (kRestReach
+// times that, see below) if that is longer. A hand at rest tells at once what the lapse of step
+// times tells only later.
+constexpr double kStoppedSpeed = 0.15;
+constexpr double kStoppedSeconds = 0.15;
 // Synthetic variations of each sample, looser than the sample itself, that the thresholds must
 // accept, and motions spliced from the ends of two samples, which they must reject.
 constexpr int kVariationsPerSample = 4;
@@ -246,6 +254,22 @@ double longestRest(const Motion& motion, double start, double end, bool toTheEnd
     }
   }
   return toTheEnd ? std::max(longest, resting) : longest;
+}
+
+// How long the motion has gone slower than `speed` up to its last point, looking back at most
+// `limit` seconds.
+double restingFor(const Motion& motion, double speed, double limit) {
+  if (motion.empty()) return 0.0;
+  const SpanSpeeds speeds(motion);
+  const double now = motion.back().time;
+  double since = now;
+  for (size_t i = motion.size() - 1; i-- > 0 && motion[i].time >= now - limit;) {
+    const size_t k = speeds.spanEnd(i, motion.size() - 1);
+    if (!speeds.isSpan(i, k)) continue;  // the last moments: no whole span yet
+    if (speeds.speed(i, k) >= speed) break;
+    since = motion[i].time;
+  }
+  return now - since;
 }
 
 // The slowest the motion went at the start of a match (see kStartSlowness); not a number when
@@ -887,12 +911,16 @@ bool ContinuousDetector::longerMatchUnderway(double now) const {
     earliest = std::min(earliest, candidate.start);
     bestRatio = std::min(bestRatio, candidate.ratio);
   }
-  const double reach = std::min(kUnderwayReach, kUnderwayAgainstBest * bestRatio);
+  const double reach = std::min(kUnderwayReach, std::max(kUnderwayLeast, kUnderwayAgainstBest * bestRatio));
+  const double longestSampleRest = samplesRest_.empty() ? 0.0 : *std::max_element(samplesRest_.begin(), samplesRest_.end());
+  const double rested = restingFor(history_, kStoppedSpeed * SpanSpeeds(history_).mean(earliest, clusterEnd_),
+                                   std::max(kStoppedSeconds, kRestReach * longestSampleRest) + kSpeedSpan);
   for (size_t i = 0; i < matchers_.size(); ++i) {
     const Matcher& stored = matchers_[i];
     // A gesture already among the candidates is not the longer one; and a match only goes on
     // while the motion does.
     if (candidates_[static_cast<size_t>(stored.gesture)].present) continue;
+    if (rested > std::max(kStoppedSeconds, kRestReach * samplesRest_[static_cast<size_t>(stored.gesture)])) continue;
     const double stepSeconds = stored.path.duration / stored.path.steps;
     const double lastStep = scales_[static_cast<size_t>(stored.scale)].lastStep;
     if (now - lastStep > std::max(kConfirmSeconds, kUnderwaySteps * stepSeconds)) continue;

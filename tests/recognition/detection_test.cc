@@ -154,6 +154,34 @@ TEST(DetectionTest, FindsTheWayOfMakingAGestureThatOnlyOneOfManySamplesShows) {
   EXPECT_EQ(events[0].gesture, 0);
 }
 
+TEST(DetectionTest, AGestureThatALongerOneBeginsWithIsReportedOnceTheHandRests) {
+  // A "V" and a "W", the first half of which is that "V", made slowly.
+  Recognizer r(GestureRecognition::createZeroFilled());
+  r->setEnhancedRecognition(1);
+  for (int g = 0; g < 2; ++g) {
+    r->createGesture(g == 0 ? "V" : "W", nullptr);
+    for (int k = 0; k < 3; ++k) {
+      recordTimedSample(*r, g == 0 ? 3 : 6, g, (2.0 + 0.3 * k) * (g + 1), 0.25, 100.0 + 20 * g + 5 * k,
+                        static_cast<unsigned>(10 * g + k), true);
+    }
+  }
+  MotionBuilder motion(13);
+  std::vector<size_t> ends;
+  for (int shape : {3, 6}) {
+    motion.idle(1.0);
+    motion.move(MotionBuilder::startFor(shape, 0.25, {0.0, 1.4, 0.45}), 0.6);
+    motion.perform(shape, shape == 3 ? 2.2 : 4.4, 0.25, true);
+    ends.push_back(motion.points.size() - 1);
+  }
+  motion.idle(1.5);
+  const std::vector<Event> events = replay(*r, motion);
+  ASSERT_EQ(events.size(), 2u);
+  for (size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(events[i].gesture, static_cast<int>(i));
+    EXPECT_LE(events[i].frame, ends[i] + static_cast<size_t>(0.3 * kFrameRate)) << "performance " << i;
+  }
+}
+
 TEST(DetectionTest, HostTimeAloneDecides) {
   std::vector<size_t> ends;
   const MotionBuilder motion = session({{0, 1.0, 0.25}, {2, 0.8, 0.25}}, ends);

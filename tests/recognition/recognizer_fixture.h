@@ -19,8 +19,8 @@ const double kHead[3] = {0.0, 1.7, 0.0};
 const double kFacing[4] = {0.0, 0.0, 0.0, 1.0};
 
 // The unit-sized path of shape 0 (circle), 1 (horizontal swipe), 2 (vertical zigzag), 3 (a "V"),
-// 4 (a square, begun and drawn as the circle) or 5 (the circle the other way round) at phase t
-// in [0, 1].
+// 4 (a square, begun and drawn as the circle), 5 (the circle the other way round) or 6 (a "W":
+// the "V" and another to its right) at phase t in [0, 1].
 inline void shapeOffset(int shape, double t, double& x, double& y) {
   const double side = 8 * t;  // for the square: along its sides from the middle of the right one
   switch (shape) {
@@ -28,6 +28,7 @@ inline void shapeOffset(int shape, double t, double& x, double& y) {
     case 1: x = -1 + 2 * t; y = 0.1 * std::sin(kPi * t); break;
     case 2: x = 0.3 * std::sin(6 * kPi * t); y = 1 - 2 * t; break;
     case 5: x = std::cos(2 * kPi * t); y = -std::sin(2 * kPi * t); break;
+    case 6: x = -1 + 4 * t; y = std::fabs(std::fmod(x + 3, 2) - 1) * 1.5 - 0.75; break;
     case 4:
       x = side < 1 || side >= 7 ? 1 : side < 3 ? 2 - side : side < 5 ? -1 : side - 6;
       y = side < 1 ? side : side < 3 ? 1 : side < 5 ? 4 - side : side < 7 ? -1 : side - 8;
