@@ -64,7 +64,7 @@ constexpr double kUnderwayReach = 0.8;
 // Nor beyond this many times the share of its threshold that the best candidate reached: a longer
 // gesture must follow the motion about as well as the shorter one did, not merely stay within
 // its bound while the hand moves on to something else. But always to kUnderwayLeast: a shorter
-// gesture matched nearly perfectly must not leave no longer one a chance.
+// gesture matched nearly perfectly must still leave a longer one a chance.
 constexpr double kUnderwayAgainstBest = 2.0;
 constexpr double kUnderwayLeast = 0.25;
 // A match goes on while the motion goes on: while its scale made a step within kConfirmSeconds,
@@ -880,10 +880,10 @@ void ContinuousDetector::confirmCandidates() {
       makePathShape(stretch, false, onwardQuery);
       shapeRatio = std::min(shapeRatio, shapeRatioTo(onwardQuery, static_cast<int>(g)));
     }
-    // The running match and the whole shape together must pass. Of the gestures that pass, one whose
-    // match holds another's is the one performed (a gesture may begin or end with a shorter one),
-    // unless its own stretch has more of the shorter one's shape than of its own (the shorter
-    // gesture with some motion before or after it); else the one that passes best.
+    // The running match and the whole shape together must pass. Of the gestures that pass, one
+    // whose match holds another's is the one performed (a gesture may begin or end with a shorter
+    // one), unless its own stretch has more of the shorter one's shape than of its own (the
+    // shorter gesture with some motion before or after it); else the one that passes best.
     const double score = std::sqrt(candidate.ratio * shapeRatio) / kPassing;
     if (!(score < 1.0) || !(shapeRatio < kShapeReach)) continue;
     const bool holdsBest = best.gesture >= 0 && holds(candidate.start, candidate.end, best.start, best.end) &&

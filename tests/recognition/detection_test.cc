@@ -155,7 +155,9 @@ TEST(DetectionTest, FindsTheWayOfMakingAGestureThatOnlyOneOfManySamplesShows) {
 }
 
 TEST(DetectionTest, AGestureThatALongerOneBeginsWithIsReportedOnceTheHandRests) {
-  // A "V" and a "W", the first half of which is that "V", made slowly.
+  // A "V" and a "W", the first half of which is that "V", made slowly. The "V", after which the
+  // hand rests, is reported at once, not after the "W" has stopped looking under way; the "W" is
+  // reported as itself, not as the "V" it begins with, however well that matches.
   Recognizer r(GestureRecognition::createZeroFilled());
   r->setEnhancedRecognition(1);
   for (int g = 0; g < 2; ++g) {
