@@ -314,22 +314,6 @@ TEST_F(CombinationFilesTest, AFailedBackgroundSaveStaysRunningWithoutHangingAnyo
   EXPECT_LT(std::chrono::steady_clock::now() - started, testing_support::scaledSeconds(2));
 }
 
-TEST_F(CombinationFilesTest, DeletingDuringBackgroundJobsWaitsForThem) {
-  const std::string file = path("deleted.zip");
-  c->setMetadata(nullptr);
-  c->setGestureCombinationMetadata(1, nullptr);
-  ASSERT_EQ(c->saveToFileAsync(file.c_str()), 0);
-  c.reset();
-  EXPECT_EQ(archiveMembers(file).size(), 3u);
-  std::vector<int> progress;
-  Combinations other = makeCombinations(1);
-  other->setLoadingUpdateCallbackFunction(&recordPercent);
-  other->setLoadingUpdateCallbackMetadata(&progress);
-  ASSERT_EQ(other->loadFromFileAsync(file.c_str(), nullptr), 0);
-  other.reset();
-  EXPECT_EQ(progress.back(), 99);  // the load ran to its end
-}
-
 // Damaged combination files of every layout: only a documented code, never a crash or a hang.
 TEST_F(CombinationFilesTest, DamagedFilesNeverCrashTheReaders) {
   const std::string list = member(saved("seed.zip"), "combinations.txt");

@@ -226,17 +226,5 @@ TEST_F(FileOperationsTest, BackgroundSaveAndLoadReportProgressAndFinishOnce) {
   EXPECT_EQ(r->cancelSaving(), 0);
 }
 
-TEST_F(FileOperationsTest, DeletingDuringABackgroundSaveWaitsForTheFile) {
-  const std::string file = path("deleted.dat");
-  JobLog save(r, true);
-  ASSERT_EQ(r->saveToFileAsync(file.c_str()), 0);
-  delete r;
-  r = GestureRecognition::createZeroFilled();
-  EXPECT_EQ(save.finishes.load(), 1);
-  Recognizer loaded = fresh();
-  EXPECT_EQ(loaded->loadFromFile(file.c_str(), nullptr), 0);
-  EXPECT_EQ(loaded->numberOfGestures(), 3);
-}
-
 }  // namespace
 }  // namespace zando
